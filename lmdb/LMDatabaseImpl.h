@@ -1,0 +1,400 @@
+#pragma once
+
+// The bodies of the store's templates. Only a source that owns a payload includes this, and
+// instantiates its type there with LMDB_INSTANTIATE.
+//
+// What holds here: a row is freed exactly once, by the operation that took it; a statement is
+// finalized on every path; and the rows of a flush outlive its last step, because their text and
+// payload are bound without a copy.
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "lmdb/KeyText.h"
+#include "lmdb/LMDatabase.h"
+#include "lmdb/LMLog.h"
+#include "lmdb/LMStatement.h"
+
+// ---- LMDBDataTable
+
+template <class T>
+LMDBDataTable<T>::LMDBDataTable(std::string name) : tableName(std::move(name)) {}
+
+template <class T>
+LMDBDataTable<T>::~LMDBDataTable() {
+    const std::lock_guard<std::mutex> lock(clstMutex);
+    if (clst.empty()) {
+        return;
+    }
+    LM_LOG("LMDB", "~LMDBDataTable", 78, "ERROR:Dbt=%s blstSz=%d, clstSz=%d\n", tableName.c_str(),
+           0, static_cast<int>(clst.size()));
+    for (LMDBDataRow<T>* row : clst) {
+        delete row;
+    }
+    clst.clear();
+}
+
+template <class T>
+LMDBDataRow<T>* LMDBDataTable<T>::newRow(std::size_t allocatedSoFar) {
+    auto* row = new (std::nothrow) LMDBDataRow<T>;
+    if (row == nullptr) {
+        LM_LOG("LMDB", "getRow", 144, "ERROR:Dbt=%s new operator failure, allocated=%zu\n",
+               tableName.c_str(), allocatedSoFar);
+    }
+    return row;
+}
+
+template <class T>
+typename LMDBDataTable<T>::vecT LMDBDataTable<T>::getRow(unsigned long n) {
+    vecT rows;
+    const std::size_t target = std::min(n, LMDB_MAX_NEW_ROWS);
+    rows.reserve(target);
+    while (rows.size() < target) {
+        LMDBDataRow<T>* row = newRow(rows.size());
+        if (row == nullptr) {
+            break;
+        }
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+template <class T>
+void LMDBDataTable<T>::freeRow(vecT& rows) {
+    for (LMDBDataRow<T>* row : rows) {
+        delete row;
+    }
+    rows.clear();
+}
+
+// ---- LMDatabase: lifecycle
+
+template <class... Ts>
+LMDatabase<Ts...>::LMDatabase(uint64_t tag, std::string fileName, TableName<Ts>... tableNames)
+    : LMDBDataTable<Ts>(std::move(tableNames))...,
+      ctorTag(tag),
+      dbDir("/data/vendor/lm/"),
+      dbFileName(std::move(fileName)) {}
+
+template <class... Ts>
+LMDatabase<Ts...>::~LMDatabase() {
+    // Both operations log what they catch; the net is for the message of a refused close.
+    guarded(
+        [this] {
+            (writeCachedDRToDisk<Ts>(), ...);
+            closeLMdb();
+        },
+        [](const char*) {});
+}
+
+template <class... Ts>
+std::string LMDatabase<Ts...>::databasePath() const {
+    return dbFileName.empty() ? ":memory:" : dbDir + dbFileName;
+}
+
+template <class... Ts>
+int LMDatabase<Ts...>::openLMdb() {
+    const std::string path = databasePath();
+    const int code = lmstore::open(path, dbHandle);
+    if (code != 0) {
+        LM_LOG("LMDB", "openLMdb", 172, "ERROR:Db=%s sql open failed, err=%d\n", path.c_str(),
+               code);
+        closeLMdb();
+        return LMDB_FAILURE;
+    }
+    if (!dbFileName.empty() && lmstore::exec(dbHandle, "PRAGMA journal_mode=WAL") != 0) {
+        lmstore::logSqlMessage("openLMdb", 179, path, dbHandle);
+    }
+    return createLMdbTables();
+}
+
+template <class... Ts>
+int LMDatabase<Ts...>::LMDatabaseInit() {
+    return openLMdb();
+}
+
+template <class... Ts>
+int LMDatabase<Ts...>::createLMdbTables() {
+    int result = LMDB_SUCCESS;
+    if (dbHandle == nullptr) {
+        return result;
+    }
+    guarded(
+        [&] { result = (createTable<Ts>() && ...) ? LMDB_SUCCESS : LMDB_FAILURE; },
+        lmstore::OperationExceptionLog{"createLMdbTables", 206, 208, lmstore::UNKNOWN_EXCEPTION});
+    return result;
+}
+
+template <class... Ts>
+template <class T>
+bool LMDatabase<Ts...>::createTable() {
+    const std::string& table = LMDBDataTable<T>::tableName;
+    const std::string sql = "CREATE TABLE IF NOT EXISTS " + table +
+                            "(intcol1 INTEGER, appName TEXT NOT null, rsvdName TEXT, blob BLOB)";
+    if (lmstore::exec(dbHandle, sql.c_str()) == 0) {
+        return true;
+    }
+    LM_LOG_SQL("createLMdbTables", 203, "ERROR:Dbt=%s info=%s\n", table.c_str(),
+               lmstore::errorMessage(dbHandle));
+    return false;
+}
+
+template <class... Ts>
+int LMDatabase<Ts...>::closeLMdb() {
+    if (dbHandle == nullptr) {
+        return LMDB_SUCCESS;
+    }
+    const std::string path = databasePath();
+    const int code = lmstore::close(dbHandle);
+    if (code != 0) {
+        LM_LOG("LMDB", "closeLMdb", 223, "ERROR:Db=%s sql close failed, err=%d\n", path.c_str(),
+               code);
+        return LMDB_FAILURE;
+    }
+    dbHandle = nullptr;
+    return LMDB_SUCCESS;
+}
+
+template <class... Ts>
+int LMDatabase<Ts...>::LMDatabaseWriteCachedToDisk() {
+    bool allWritten = true;
+    ((allWritten = writeCachedDRToDisk<Ts>() == LMDB_SUCCESS && allWritten), ...);
+    return allWritten ? LMDB_SUCCESS : LMDB_FAILURE;
+}
+
+// ---- LMDatabase: reads
+
+template <class... Ts>
+void LMDatabase<Ts...>::build_query_for_where_clause(LMDBDataRowKey& key, std::string& query) {
+    lmstore::appendWhereClause(key, query);
+}
+
+template <class... Ts>
+unsigned long LMDatabase<Ts...>::LMDB_memscpy(void* destination, unsigned long destinationSize,
+                                              const void* source, unsigned long sourceSize) {
+    const unsigned long size = std::min(destinationSize, sourceSize);
+    if (size > 0) {
+        std::memcpy(destination, source, size);
+    }
+    return size;
+}
+
+template <class... Ts>
+template <class T>
+typename LMDBDataTable<T>::vecT LMDatabase<Ts...>::readAllocateDR(LMDBDataRowKey& key,
+                                                                  unsigned long limit,
+                                                                  lmdbOrderByCol orderBy,
+                                                                  lmdbOrderByDir direction) {
+    constexpr const char* FUNCTION = "readAllocateDR";
+    typename LMDBDataTable<T>::vecT rows;
+    if (dbHandle == nullptr) {
+        return rows;
+    }
+    const std::string& table = LMDBDataTable<T>::tableName;
+    const auto read = [&] {
+        std::string sql = "SELECT *, rowid FROM " + table + " ";
+        build_query_for_where_clause(key, sql);
+        sql += lmstore::orderByClause(orderBy, direction);
+        lmstore::Statement statement;
+        if (!statement.prepare(dbHandle, sql)) {
+            lmstore::logSqlMessage(FUNCTION, 448, table, dbHandle);
+            return;
+        }
+        const unsigned long most = std::min(limit, LMDB_MAX_READ_ROWS);
+        while (rows.size() < most) {
+            if (statement.step() != lmstore::Statement::ROW) {
+                lmstore::expectCode(statement.reset(), 0, FUNCTION, 495, table);
+                break;
+            }
+            // The place first, so that a row never hangs in the air when the vector cannot grow.
+            rows.push_back(nullptr);
+            LMDBDataRow<T>* row = LMDBDataTable<T>::newRow(0);
+            if (row == nullptr) {
+                rows.pop_back();
+                break;
+            }
+            rows.back() = row;
+            if (!statement.columnIsNull(0)) {
+                row->intcol1 = statement.columnInt(0);
+            }
+            statement.columnText(1, row->appName);
+            statement.columnText(2, row->rsvdName);
+            std::size_t blobSize = 0;
+            const void* blob = statement.columnBlob(3, blobSize);
+            LMDB_memscpy(&row->blob, sizeof(T), blob, blobSize);
+            row->rowid = statement.columnInt64(4);
+        }
+        lmstore::expectCode(statement.finalize(), 0, FUNCTION, 500, table);
+    };
+    guarded(read,
+            lmstore::OperationExceptionLog{FUNCTION, 503, 505, lmstore::UNKNOWN_STRING_EXCEPTION});
+    return rows;
+}
+
+template <class... Ts>
+template <class T>
+int32_t LMDatabase<Ts...>::getCountDR(LMDBDataRowKey& key) {
+    constexpr const char* FUNCTION = "getCountDR";
+    int32_t count = 0;
+    if (dbHandle == nullptr) {
+        return count;
+    }
+    const std::string& table = LMDBDataTable<T>::tableName;
+    const auto query = [&] {
+        std::string sql = "SELECT COUNT(*) FROM " + table + " ";
+        build_query_for_where_clause(key, sql);
+        lmstore::Statement statement;
+        if (!statement.prepare(dbHandle, sql)) {
+            lmstore::logSqlMessage(FUNCTION, 390, table, dbHandle);
+            return;
+        }
+        if (statement.step() == lmstore::Statement::ROW) {
+            count = statement.columnInt(0);
+        }
+        lmstore::expectCode(statement.finalize(), 0, FUNCTION, 405, table);
+    };
+    guarded(query, lmstore::OperationExceptionLog{FUNCTION, 408, 410, lmstore::UNKNOWN_EXCEPTION});
+    return count;
+}
+
+// ---- LMDatabase: writes and deletes
+
+namespace lmstore {
+
+// Binds the columns of `row`; what is not bound is NULL. The row must outlive the last step.
+template <class T>
+void bindRow(Statement& statement, const LMDBDataRow<T>& row, const char* function,
+             const std::string& table) {
+    statement.clearBindings();
+    if (row.intcol1 != LMDB_UNSET_INT) {
+        expectCode(statement.bindInt(1, row.intcol1), 0, function, 299, table);
+    }
+    if (!row.appName.empty()) {
+        expectCode(statement.bindText(2, row.appName), 0, function, 304, table);
+    }
+    if (!row.rsvdName.empty()) {
+        expectCode(statement.bindText(3, row.rsvdName), 0, function, 309, table);
+    }
+    expectCode(statement.bindBlob(4, &row.blob, sizeof(T)), 0, function, 313, table);
+    if (row.rowid != 0) {
+        expectCode(statement.bindInt(5, static_cast<int32_t>(row.rowid)), 0, function, 317, table);
+    }
+}
+
+}  // namespace lmstore
+
+template <class... Ts>
+template <class T>
+lmdbError LMDatabase<Ts...>::writeCachedDRToDisk() {
+    constexpr const char* FUNCTION = "writeCachedDRToDisk";
+    if (dbHandle == nullptr) {
+        return LMDB_FAILURE;
+    }
+    const std::string& table = LMDBDataTable<T>::tableName;
+    bool committed = false;
+    const auto logPrepareFailure = [&](int line) {
+        LM_LOG_SQL(FUNCTION, line, "ERROR:Dbt=%s info=%s\n", table.c_str(),
+                   lmstore::errorMessage(dbHandle));
+    };
+    const auto flush = [&] {
+        lmstore::Statement insert;
+        if (!insert.prepare(dbHandle, "INSERT INTO " + table +
+                                          "(intcol1, appName, rsvdName, blob) VALUES (?,?,?,?)")) {
+            logPrepareFailure(263);
+            return;
+        }
+        lmstore::Statement update;
+        if (!update.prepare(dbHandle, "UPDATE " + table +
+                                          " SET (intcol1, appName, rsvdName, blob) = (?,?,?,?) "
+                                          "WHERE (rowid) = (?)")) {
+            logPrepareFailure(269);
+            return;
+        }
+        // Without a transaction each statement commits by itself, and the flush goes on.
+        lmstore::execInTransaction(dbHandle, "BEGIN IMMEDIATE TRANSACTION;", FUNCTION, 271, table);
+
+        std::list<LMDBDataRow<T>*> taken;
+        while (true) {
+            {
+                const std::lock_guard<std::mutex> lock(LMDBDataTable<T>::clstMutex);
+                auto& cached = LMDBDataTable<T>::clst;
+                if (cached.empty()) {
+                    break;
+                }
+                taken.splice(taken.end(), cached, cached.begin());
+            }
+            const LMDBDataRow<T>& row = *taken.back();
+            lmstore::Statement& statement = row.rowid != 0 ? update : insert;
+            lmstore::bindRow(statement, row, FUNCTION, table);
+            lmstore::expectCode(statement.step(), lmstore::Statement::DONE, FUNCTION, 321, table);
+            lmstore::expectCode(statement.reset(), 0, FUNCTION, 322, table);
+        }
+        for (LMDBDataRow<T>* row : taken) {
+            delete row;
+        }
+        committed =
+            lmstore::execInTransaction(dbHandle, "COMMIT TRANSACTION;", FUNCTION, 326, table);
+        lmstore::expectCode(insert.finalize(), 0, FUNCTION, 328, table);
+        lmstore::expectCode(update.finalize(), 0, FUNCTION, 329, table);
+    };
+    guarded(flush, lmstore::OperationExceptionLog{FUNCTION, 335, 337, lmstore::UNKNOWN_EXCEPTION});
+    return committed ? LMDB_SUCCESS : LMDB_FAILURE;
+}
+
+template <class... Ts>
+template <class T>
+int LMDatabase<Ts...>::writeDeallocateDR(typename LMDBDataTable<T>::vecT& rows) {
+    if (rows.empty()) {
+        return LMDB_SUCCESS;
+    }
+    // The list nodes are made before the first row changes hands: what may throw comes first.
+    std::list<LMDBDataRow<T>*> handedOver(rows.begin(), rows.end());
+    handedOver.remove(nullptr);
+    rows.clear();
+    while (!handedOver.empty()) {
+        const std::lock_guard<std::mutex> lock(LMDBDataTable<T>::clstMutex);
+        auto& cached = LMDBDataTable<T>::clst;
+        cached.splice(cached.end(), handedOver, handedOver.begin());
+    }
+    return writeCachedDRToDisk<T>();
+}
+
+template <class... Ts>
+template <class T>
+int LMDatabase<Ts...>::deleteDeallocateDR(typename LMDBDataTable<T>::vecT& rows) {
+    constexpr const char* FUNCTION = "deleteDeallocateDR";
+    const std::string& table = LMDBDataTable<T>::tableName;
+    bool done = rows.empty();
+    const auto erase = [&] {
+        lmstore::Statement statement;
+        if (!statement.prepare(dbHandle, "DELETE FROM " + table + " WHERE (rowid) = (?)")) {
+            lmstore::logSqlMessage(FUNCTION, 554, table, dbHandle);
+            return;
+        }
+        lmstore::execInTransaction(dbHandle, "BEGIN IMMEDIATE TRANSACTION;", FUNCTION, 559, table);
+        for (const LMDBDataRow<T>* row : rows) {
+            if (row == nullptr || row->rowid == 0) {
+                continue;
+            }
+            const auto rowid = static_cast<int32_t>(row->rowid);
+            lmstore::expectCode(statement.bindInt(1, rowid), 0, FUNCTION, 565, table);
+            lmstore::expectCode(statement.step(), lmstore::Statement::DONE, FUNCTION, 566, table);
+            lmstore::expectCode(statement.reset(), 0, FUNCTION, 567, table);
+        }
+        const bool committed =
+            lmstore::execInTransaction(dbHandle, "COMMIT TRANSACTION;", FUNCTION, 570, table);
+        done = done || committed;
+        lmstore::expectCode(statement.finalize(), 0, FUNCTION, 572, table);
+    };
+    if (dbHandle != nullptr) {
+        guarded(erase, lmstore::OperationExceptionLog{FUNCTION, 578, 580,
+                                                      lmstore::UNKNOWN_STRING_EXCEPTION});
+    }
+    LMDBDataTable<T>::freeRow(rows);
+    return done ? LMDB_SUCCESS : LMDB_FAILURE;
+}
+
+// Instantiates the store for one payload, in the source that owns it.
+#define LMDB_INSTANTIATE(T) LMDB_FOR_TYPE(, T)

@@ -1,0 +1,130 @@
+#include "lmdb/LMStatement.h"
+
+#include <sqlite3.h>
+
+#include "lmdb/LMLog.h"
+
+namespace lmstore {
+
+static_assert(Statement::ROW == SQLITE_ROW && Statement::DONE == SQLITE_DONE);
+
+Statement::~Statement() {
+    finalize();
+}
+
+bool Statement::prepare(sqlite3* db, const std::string& sql) {
+    return sqlite3_prepare_v2(db, sql.c_str(), static_cast<int>(sql.size()), &mStatement,
+                              nullptr) == SQLITE_OK;
+}
+
+void Statement::clearBindings() {
+    sqlite3_clear_bindings(mStatement);
+}
+
+int Statement::bindInt(int parameter, int32_t value) {
+    return sqlite3_bind_int(mStatement, parameter, value);
+}
+
+int Statement::bindText(int parameter, const std::string& text) {
+    return sqlite3_bind_text(mStatement, parameter, text.data(), static_cast<int>(text.size()),
+                             SQLITE_STATIC);
+}
+
+int Statement::bindBlob(int parameter, const void* bytes, std::size_t size) {
+    return sqlite3_bind_blob(mStatement, parameter, bytes, static_cast<int>(size), SQLITE_STATIC);
+}
+
+int Statement::step() {
+    return sqlite3_step(mStatement);
+}
+
+int Statement::reset() {
+    return sqlite3_reset(mStatement);
+}
+
+int Statement::finalize() {
+    const int code = sqlite3_finalize(mStatement);
+    mStatement = nullptr;
+    return code;
+}
+
+int32_t Statement::columnInt(int column) {
+    return sqlite3_column_int(mStatement, column);
+}
+
+int64_t Statement::columnInt64(int column) {
+    return sqlite3_column_int64(mStatement, column);
+}
+
+bool Statement::columnIsNull(int column) {
+    return sqlite3_column_type(mStatement, column) == SQLITE_NULL;
+}
+
+void Statement::columnText(int column, std::string& text) {
+    // The text first: asking for it may convert the value, and the length is that of the result.
+    const unsigned char* bytes = sqlite3_column_text(mStatement, column);
+    const int size = sqlite3_column_bytes(mStatement, column);
+    if (bytes == nullptr || size <= 0) {
+        text.clear();
+        return;
+    }
+    text.assign(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
+}
+
+const void* Statement::columnBlob(int column, std::size_t& size) {
+    const void* bytes = sqlite3_column_blob(mStatement, column);
+    size =
+        bytes == nullptr ? 0 : static_cast<std::size_t>(sqlite3_column_bytes(mStatement, column));
+    return bytes;
+}
+
+int open(const std::string& path, sqlite3*& db) {
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    if (sqlite3_threadsafe() != 1) {
+        // Several threads use one connection, which only serialized mode allows.
+        flags |= SQLITE_OPEN_FULLMUTEX;
+    }
+    return sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
+}
+
+int close(sqlite3* db) {
+    return sqlite3_close(db);
+}
+
+int exec(sqlite3* db, const char* sql) {
+    return sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+}
+
+const char* errorMessage(sqlite3* db) {
+    return sqlite3_errmsg(db);
+}
+
+bool execInTransaction(sqlite3* db, const char* sql, const char* function, int line,
+                       const std::string& table) {
+    if (exec(db, sql) == SQLITE_OK) {
+        return true;
+    }
+    logSqlMessage(function, line, table, db);
+    if (exec(db, "ROLLBACK TRANSACTION;") != SQLITE_OK) {
+        logSqlMessage(function, line, table, db);
+    }
+    return false;
+}
+
+void logSqlMessage(const char* function, int line, const std::string& table, sqlite3* db) {
+    LM_LOG_SQL(function, line, "sql:ERROR:Dbt=%s info=%s\n", table.c_str(), errorMessage(db));
+}
+
+void logSqlCode(const char* function, int line, const std::string& table, int code) {
+    LM_LOG_SQL(function, line, "sql:ERROR:Dbt=%s info=%d\n", table.c_str(), code);
+}
+
+void OperationExceptionLog::operator()(const char* what) const {
+    if (what != nullptr) {
+        LM_LOG("LMDB", function, line, "Caught exception: %s in %s", what, function);
+    } else {
+        LM_LOG("LMDB", function, unknownLine, "%s in %s", unknownText, function);
+    }
+}
+
+}  // namespace lmstore
