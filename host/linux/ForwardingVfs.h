@@ -1,0 +1,50 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <optional>
+#include <string>
+
+#include "host/LmApi.h"
+
+// The kinds of calls that SQLite makes to a file system.
+enum class VfsCall {
+    open,
+    remove,
+    access,
+    read,
+    write,
+    truncate,
+    sync,
+    fileSize,
+    lock,
+    unlock,
+    shmMap,
+    shmLock,
+};
+
+// A file system for SQLite that passes every call on to the one that was the default before it.
+// Deriving classes change single calls.
+// Ownership: registered from its construction to its destruction, which no file that was opened
+//            through it may outlive.
+// Threads:   any, as SQLite calls it.
+class LM_API ForwardingVfs {
+ public:
+    explicit ForwardingVfs(std::string name);
+    virtual ~ForwardingVfs();
+    ForwardingVfs(const ForwardingVfs&) = delete;
+    ForwardingVfs& operator=(const ForwardingVfs&) = delete;
+
+    // A result here is answered in place of the call; none lets the call through.
+    virtual std::optional<int> intercept(VfsCall call);
+
+    // The path to open for a name that SQLite was given; none answers SQLITE_CANTOPEN.
+    virtual std::optional<std::string> mapPath(const char* path);
+
+    sqlite3_vfs* forwardedTo() { return mReal; }
+
+ private:
+    std::string mName;
+    sqlite3_vfs* mReal;  // the default before this one
+    sqlite3_vfs mVfs{};
+};

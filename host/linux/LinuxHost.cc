@@ -1,0 +1,153 @@
+#include "host/linux/LinuxHost.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <future>
+#include <stdexcept>
+#include <utility>
+
+#include "action/mpctl_msg.h"
+#include "host/Registry.h"
+#include "host/linux/HostRuntime.h"
+#include "host/linux/PlatformServices.h"
+#include "host/linux/RelocatingVfs.h"
+
+namespace {
+
+constexpr const char* FEATURE_CLASS = "KestrelStarts";
+constexpr const char* FEEDBACK_SYMBOL = "_ZN19KestrelStartsAction10FeedbackCBEP11mpctl_msg_t";
+
+using FeatureRegistry = RegistryBase<Feature, FeatureInfo>;
+using FeedbackFunction = int (*)(mpctl_msg_t*);
+
+void* load(const std::string& library) {
+    void* handle = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        throw std::runtime_error(std::string("cannot load the library: ") + dlerror());
+    }
+    return handle;
+}
+
+FeatureRegistry::Factory findFactory() {
+    const std::lock_guard<std::mutex> lock(FeatureRegistry::mMutex);
+    if (FeatureRegistry::classList == nullptr) {
+        return nullptr;
+    }
+    const auto entry = FeatureRegistry::classList->find(FEATURE_CLASS);
+    return entry != FeatureRegistry::classList->end() ? entry->second : nullptr;
+}
+
+FeatureInfo makeFeatureInfo(const HostSetup& setup) {
+    FeatureInfo info;
+    info.featureName = setup.featureName;
+    info.disabledApps = setup.disabledApps;
+    info.ignoredApps = setup.ignoredApps;
+    info.configMap.insert(setup.config.begin(), setup.config.end());
+    return info;
+}
+
+// Runs a call as another thread of the service would.
+template <class Call>
+auto onOwnThread(Call call) {
+    return std::async(std::launch::async, std::move(call)).get();
+}
+
+// What the plug-in names as the device's directory, below the root; its relative paths, too.
+void enterRoot(const std::filesystem::path& root) {
+    const std::filesystem::path directory = root / "data/vendor/lm";
+    std::error_code error;
+    std::filesystem::create_directories(directory, error);
+    if (error) {
+        throw std::runtime_error("cannot make " + directory.string() + ": " + error.message());
+    }
+    if (access(directory.c_str(), W_OK | X_OK) != 0) {
+        throw std::runtime_error("cannot write to " + directory.string() + ": " +
+                                 std::strerror(errno));
+    }
+    std::filesystem::current_path(root);
+}
+
+}  // namespace
+
+LinuxHost::LinuxHost(HostSetup setup, const Options& options, RecordSink sink) : mOptions(options) {
+    mOptions.root = std::filesystem::absolute(options.root).lexically_normal();
+    enterRoot(mOptions.root);
+    std::string root = mOptions.root.string();
+    while (root.ends_with('/')) {
+        root.pop_back();
+    }
+    RelocatingVfs::install(root, mOptions.sync);
+    connectPerformanceService(setup.absent);
+    HostRuntime::instance().configure(std::move(setup), std::move(sink));
+}
+
+LinuxHost::~LinuxHost() = default;
+
+void LinuxHost::start(int64_t t) {
+    HostRuntime& runtime = HostRuntime::instance();
+    runtime.setTime(t);
+    if (runtime.setup().knobs) {
+        // The plug-in asks for the library by this name, and finds the one that is loaded.
+        load(mOptions.knobLibrary);
+    }
+    mPlugin = load(mOptions.plugin);
+    const FeatureRegistry::Factory factory = findFactory();
+    if (factory != nullptr) {
+        mFeature.reset(factory(makeFeatureInfo(runtime.setup())));
+    }
+    runtime.record(record::Start{factory != nullptr, mFeature != nullptr});
+    if (mFeature == nullptr) {
+        throw std::runtime_error("the plug-in offers no feature named " +
+                                 std::string(FEATURE_CLASS));
+    }
+}
+
+void LinuxHost::deliver(int64_t t, std::size_t line, AsyncTriggerPayload payload) {
+    HostRuntime& runtime = HostRuntime::instance();
+    runtime.setTime(t);
+    runtime.record(record::Event{line, payload.hintId, payload.hintType, payload.appName});
+    mEventWorker.run([&] { mFeature->runAsync(std::move(payload)); });
+    if (mFeature->mMetaMeter != nullptr) {
+        mFeature->mMetaMeter->handOverFinishedRuns();
+    }
+}
+
+void LinuxHost::query(int64_t t, std::size_t line, const std::string& app, int32_t type) {
+    HostRuntime& runtime = HostRuntime::instance();
+    runtime.setTime(t);
+    featureData data;
+    std::string name = app;
+    const int result = onOwnThread([&] { return mFeature->getData(name, data, type); });
+    runtime.record(record::Query{line, app, type, result, data.value});
+}
+
+void LinuxHost::feedback(int64_t t, std::size_t line, int32_t hintId, int32_t hintType,
+                         const std::string& app) {
+    HostRuntime& runtime = HostRuntime::instance();
+    runtime.setTime(t);
+    const auto feedbackFunction =
+        reinterpret_cast<FeedbackFunction>(dlsym(mPlugin, FEEDBACK_SYMBOL));
+    if (feedbackFunction == nullptr) {
+        throw std::runtime_error(std::string("the plug-in has no feedback callback: ") + dlerror());
+    }
+    mpctl_msg_t message{};
+    message.hintId = static_cast<uint32_t>(hintId);
+    message.hintType = hintType;
+    std::memcpy(message.appName, app.data(), std::min(app.size(), sizeof(message.appName) - 1));
+    const int result = onOwnThread([&] { return feedbackFunction(&message); });
+    runtime.record(record::Feedback{line, app, result, message.duration});
+}
+
+void LinuxHost::stop() {
+    // What the service does with its idle time, before it shuts down.
+    mEventWorker.run([this] {
+        const std::atomic<bool> stopRequested{true};
+        mFeature->runAsyncIdle(stopRequested);
+        mFeature->runAsyncPeriodic(stopRequested);
+    });
+    mFeature.reset();
+    HostRuntime::instance().record(record::Stop{});
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "host/AppState.h"
+#include "host/Feature.h"
+#include "host/LmApi.h"
+#include "host/linux/HostRecord.h"
+#include "host/linux/HostSetup.h"
+#include "host/linux/Worker.h"
+
+// The service around the plug-in: loads it as the device's service does, constructs the feature and
+// delivers events to it. One process is one life of it, because the plug-in's singleton lives as
+// long as the process.
+// Threads: used from one thread. Events run on an event worker, one at a time; queries and feedback
+//          calls each on a thread of its own; every call returns when its work is done.
+// Errors:  throws std::runtime_error saying what failed, and passes on what the plug-in throws.
+class LM_API LinuxHost {
+ public:
+    struct Options {
+        std::filesystem::path root;  // what the plug-in sees as "/"; made when it is not there
+        bool sync = true;            // false: SQLite's flushing to the disk is left out
+        std::string plugin = "libkestrelstarts.so";  // a name is looked for beside this library
+        std::string knobLibrary = "libskewknob.so";
+    };
+
+    // Sets up the platform; the process's working directory becomes the root.
+    LinuxHost(HostSetup setup, const Options& options, RecordSink sink);
+    ~LinuxHost();
+    LinuxHost(const LinuxHost&) = delete;
+    LinuxHost& operator=(const LinuxHost&) = delete;
+
+    // Loads the plug-in and constructs the feature. `t`, here and below, is the clock in ms.
+    void start(int64_t t);
+    void deliver(int64_t t, std::size_t line, AsyncTriggerPayload payload);
+    void query(int64_t t, std::size_t line, const std::string& app, int32_t type);
+    void feedback(int64_t t, std::size_t line, int32_t hintId, int32_t hintType,
+                  const std::string& app);
+    // Deletes the feature.
+    void stop();
+
+    Feature& feature() { return *mFeature; }
+
+ private:
+    Options mOptions;
+    Worker mEventWorker;
+    void* mPlugin = nullptr;  // stays loaded: its singleton lives as long as the process
+    std::unique_ptr<Feature> mFeature;
+};

@@ -1,0 +1,121 @@
+#include "host/MetaMeter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+#include "host/linux/HostRuntime.h"
+#include "host/linux/MeterRuns.h"
+
+namespace {
+
+constexpr int32_t LAUNCH_HINT = 4225;
+constexpr int32_t LAUNCH_HINT_TYPE = 1;
+constexpr int32_t METER_EVENT = 4103;
+constexpr int32_t LAUNCH_END = 4098;
+
+std::string_view packageOf(std::string_view app) {
+    return app.substr(0, app.find('/'));
+}
+
+// A launch takes no longer than a duration can say; the clock never goes back.
+int32_t elapsedMs(int64_t from, int64_t to) {
+    const uint64_t elapsed = static_cast<uint64_t>(to) - static_cast<uint64_t>(from);
+    constexpr uint64_t LONGEST = std::numeric_limits<int32_t>::max();
+    return static_cast<int32_t>(std::min(elapsed, LONGEST));
+}
+
+}  // namespace
+
+// ---- Meter, LaunchMeter
+
+Meter::~Meter() = default;
+
+void Meter::getTriggerPayloads(std::vector<AsyncTriggerPayload>& /*payloads*/) {}
+
+LaunchMeter::~LaunchMeter() = default;
+
+void LaunchMeter::getTriggerPayloads(std::vector<AsyncTriggerPayload>& payloads) {
+    payloads.insert(payloads.end(), mTriggerPayloads.begin(), mTriggerPayloads.end());
+}
+
+float LaunchMeter::calcDiffPercentage(float mean, float value) {
+    return std::fabs(value - mean) / mean * 100.0F;
+}
+
+// ---- MeterRuns
+
+void MeterRuns::handleEvent(AsyncTriggerPayload const& payload) {
+    if (payload.hintId == LAUNCH_HINT && payload.hintType == LAUNCH_HINT_TYPE) {
+        start(payload);
+        return;
+    }
+    if (mOpen == nullptr || (payload.hintId != METER_EVENT && payload.hintId != LAUNCH_END)) {
+        return;
+    }
+    mOpen->meter.mTriggerPayloads.push_back(payload);
+    if (payload.hintId == LAUNCH_END) {
+        finish();
+        return;
+    }
+    if (!mOpen->sawFrame && packageOf(payload.appName) == packageOf(mOpen->app)) {
+        mOpen->sawFrame = true;
+        mOpen->meter.measuredDuration = elapsedMs(mOpen->startedAt, HostRuntime::instance().time());
+    }
+}
+
+void MeterRuns::start(AsyncTriggerPayload const& payload) {
+    if (mOpen != nullptr) {
+        mOpen->meter.aborted = !mOpen->sawFrame;
+        finish();
+    }
+    mOpen = std::make_unique<Run>();
+    mOpen->app = payload.appName;
+    mOpen->startedAt = HostRuntime::instance().time();
+    mOpen->meter.mTriggerPayloads.push_back(payload);
+}
+
+void MeterRuns::finish() {
+    mFinished.push_back(std::move(mOpen));
+}
+
+void MeterRuns::handOver(MetaMeter& metaMeter) {
+    if (mFinished.empty()) {
+        return;
+    }
+    mMeterThread.run([&] {
+        for (const auto& run : std::exchange(mFinished, {})) {
+            LaunchMeter& meter = run->meter;
+            const int result = metaMeter.writeToDataBase({&meter});
+            HostRuntime::instance().record(
+                record::Measured{run->app, meter.measuredDuration, meter.aborted, result});
+        }
+    });
+}
+
+// ---- MetaMeter
+
+MetaMeter::MetaMeter(FeatureInfo const& /*info*/, FeatureState& /*state*/)
+    : mRuns(std::make_unique<MeterRuns>()) {}
+
+MetaMeter::~MetaMeter() = default;
+
+int MetaMeter::writeToDataBase(std::vector<Meter*> /*meters*/) {
+    return 0;
+}
+
+int MetaMeter::getSyncData(std::vector<Meter*> /*meters*/) {
+    return 0;
+}
+
+void MetaMeter::handleAsync(AsyncTriggerPayload const& payload) {
+    HostRuntime::instance().record(
+        record::Meter{payload.hintId, payload.hintType, payload.hintArg, payload.appName});
+    mRuns->handleEvent(payload);
+}
+
+void MetaMeter::handOverFinishedRuns() {
+    mRuns->handOver(*this);
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/LaunchMeter.h"
+#include "host/linux/Worker.h"
+
+class MetaMeter;
+
+// The launch meter of one meta meter: one run at a time, from a launch hint to its end.
+// Threads: handleEvent on the event worker, handOver by the host between two events; the meter
+//          thread works only while handOver waits for it.
+class MeterRuns {
+ public:
+    void handleEvent(AsyncTriggerPayload const& payload);
+    void handOver(MetaMeter& metaMeter);
+
+ private:
+    struct Run {
+        LaunchMeter meter;
+        std::string app;    // of the launch hint
+        int64_t startedAt;  // ms
+        bool sawFrame = false;
+    };
+
+    void start(AsyncTriggerPayload const& payload);
+    void finish();
+
+    std::unique_ptr<Run> mOpen;                   // null: no launch is being measured
+    std::vector<std::unique_ptr<Run>> mFinished;  // not yet handed over
+    Worker mMeterThread;
+};
