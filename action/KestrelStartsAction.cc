@@ -1,0 +1,60 @@
+#include "action/KestrelStartsAction.h"
+
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "lmdb/LMLog.h"
+
+namespace {
+
+constexpr const char* MODULE = "KestrelStartsAction:";
+
+class MutexLock {
+ public:
+    explicit MutexLock(pthread_mutex_t& mutex) : mMutex(mutex) { pthread_mutex_lock(&mMutex); }
+    ~MutexLock() { pthread_mutex_unlock(&mMutex); }
+    MutexLock(const MutexLock&) = delete;
+    MutexLock& operator=(const MutexLock&) = delete;
+
+ private:
+    pthread_mutex_t& mMutex;
+};
+
+}  // namespace
+
+KestrelStartsAction* KestrelStartsAction::mKSFbInstance = nullptr;
+pthread_mutex_t KestrelStartsAction::mMutex = PTHREAD_MUTEX_INITIALIZER;
+
+KestrelStartsAction* KestrelStartsAction::getInstance(KestrelStartsFeature* feature) {
+    const MutexLock lock(mMutex);
+    if (mKSFbInstance != nullptr) {
+        return mKSFbInstance;
+    }
+    mKSFbInstance = new (std::nothrow)
+        KestrelStartsAction(0, "KestrelStartsAction.db", "output_table", feature);
+    if (mKSFbInstance == nullptr) {
+        LM_LOG(MODULE, "getInstance", 52, "KestrelStartsAction::getInstance failure");
+    }
+    return mKSFbInstance;
+}
+
+KestrelStartsAction::KestrelStartsAction(unsigned long ctorTag, std::string dbFileName,
+                                         std::string tableName, KestrelStartsFeature* feature)
+    : mFeature(feature) {
+    std::unique_ptr<LMDatabase<KSPerfdOutput>> db(new (std::nothrow) LMDatabase<KSPerfdOutput>(
+        ctorTag, std::move(dbFileName), std::move(tableName)));
+    if (db == nullptr) {
+        return;
+    }
+    if (db->LMDatabaseInit() != LMDB_SUCCESS) {
+        LM_LOG(MODULE, "KestrelStartsAction", 40, "LMDatabaseInit failed, err=%d\n", -1);
+        return;
+    }
+    mOutputDb = db.release();
+}
+
+KestrelStartsAction::~KestrelStartsAction() {
+    delete mOutputDb;
+    guarded([this] { releaseDefaultBoosts(); }, [](const char*) {});
+}

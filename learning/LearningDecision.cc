@@ -1,0 +1,130 @@
+// From stored launches to one learned duration, or to a disabled app.
+
+#include <utility>
+
+#include "action/KestrelStartsAction.h"
+#include "feature/KestrelStartsFeature.h"
+#include "host/KSFeaturesList.h"
+#include "learning/KestrelStartsHints.h"
+#include "learning/LaunchStatistics.h"
+#include "learning/OutputRecord.h"
+#include "lmdb/LMDBRows.h"
+#include "lmdb/LMLog.h"
+
+namespace {
+
+constexpr const char* MODULE = "KestrelStarts";
+constexpr const char* FUNCTION = "checkWriteOutputDB";
+constexpr std::size_t MIN_LAUNCHES_TO_DECIDE = 5;
+constexpr int32_t MIN_LAUNCHES_TO_DISABLE = 10;
+constexpr int CLASSIFIER_QUERY_TYPE = 1;
+
+// A new decision starts the count of launches anew.
+void setDecision(KSPerfdOutput& record, int32_t durationMs) {
+    record.launchDuration = durationMs;
+    record.launchCount = 0;
+    record.retriggered = 0;
+}
+
+}  // namespace
+
+void KestrelStartsFeature::checkWriteOutputDB(KestrelStartsAction* action,
+                                              AsyncTriggerPayload const& payload) {
+    if (isOff()) {
+        return;
+    }
+    if (action == nullptr || mFeatureInputDb == nullptr) {
+        LM_LOG(MODULE, FUNCTION, 367, "KestrelStartAlgo:: mFeatureInputDb/dbinstance NULL");
+        return;
+    }
+    guarded([&] { decide(action, payload); }, ExceptionLog{MODULE, FUNCTION, 507, 509});
+}
+
+void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPayload const& payload) {
+    if (action->mOutputDb == nullptr) {
+        LM_LOG(MODULE, FUNCTION, 373, "KestrelStartAlgo:: dbTable NULL");
+        return;
+    }
+    std::string const& app = payload.appName;
+    LMDBDataRowKey key = launchKey(payload);
+    const int32_t count = mFeatureInputDb->getCountDR<KSInputDbData>(key);
+    if (count < static_cast<int32_t>(MIN_LAUNCHES_TO_DECIDE)) {
+        return;
+    }
+    LMDBRows<KSInputDbData> launches(*mFeatureInputDb,
+                                     mFeatureInputDb->readAllocateDR<KSInputDbData>(key));
+    if (launches.rows.size() < MIN_LAUNCHES_TO_DECIDE) {
+        return;
+    }
+    int average = 0;
+    getAvgLaunchValues(launches.rows, static_cast<int>(launches.rows.size()), average);
+    if (count >= MIN_LAUNCHES_TO_DISABLE && average <= 0) {
+        getAvgLaunchValuesForced(launches.rows, average);
+        disableFeature(std::exchange(launches.rows, {}), payload, average);
+        return;
+    }
+    const int appClass = isHeavyGame(app);
+    if (!skewLaunchDuration(average, payload.launchType, appClass, app) &&
+        payload.launchType == KS_LAUNCH_TYPE_GAME) {
+        average = scaleGameDuration(average);
+    }
+
+    LMDatabase<KSPerfdOutput>& outputDb = *action->mOutputDb;
+    LMDBRows<KSPerfdOutput> output(outputDb, readOrMakeOutputRow(outputDb, key));
+    if (!isSingleOutputRow(outputDb, output.rows, FUNCTION, 434)) {
+        return;
+    }
+    LMDBDataRow<KSPerfdOutput>& row = *output.rows.front();
+    switch (mFeatureState.readState(app)) {
+        case APP_STATE_LEARNING:
+            setDecision(row.blob, average);
+            row.blob.boostType =
+                payload.launchType != 0 ? KS_HINT_TYPE_GAME_BOOST : KS_HINT_TYPE_APP_BOOST;
+            row.appName = app;
+            row.intcol1 = payload.hintId;
+            outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
+            KSFeaturesList::exportToFile("Data Complete - Eval Required", average, app.c_str());
+            for (const AppState state : {APP_STATE_EVALUATING, APP_STATE_EVALUATED,
+                                         APP_STATE_DECIDING, APP_STATE_LEARNED}) {
+                mFeatureState.writeState(app, state);
+            }
+            mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(launches.rows);
+            return;
+        case APP_STATE_EVALUATED:
+            setDecision(row.blob, average);
+            outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
+            mFeatureState.writeState(app, APP_STATE_DECIDING);
+            mFeatureState.writeState(app, APP_STATE_LEARNED);
+            LM_LOG(MODULE, FUNCTION, 464, "deleteDeallocateDR<KSInputDbData>(inDbRows)");
+            mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(launches.rows);
+            KSFeaturesList::exportToFile("Learning Complete - ENABLED KS", average, app.c_str());
+            return;
+        default:
+            // No state to decide in: the launches stay, an old decision does not.
+            mFeatureInputDb->freeRow(launches.rows);
+            outputDb.deleteDeallocateDR<KSPerfdOutput>(output.rows);
+            return;
+    }
+}
+
+void KestrelStartsFeature::disableFeature(std::vector<LMDBDataRow<KSInputDbData>*> rows,
+                                          AsyncTriggerPayload const& payload, int average) {
+    LMDBRows<KSInputDbData> launches(*mFeatureInputDb, std::move(rows));
+    KSFeaturesList::exportToFile("Learning Complete - DISABLED KS", average,
+                                 payload.appName.c_str());
+    mFeatureState.writeState(payload.appName, APP_STATE_DISABLED);
+    mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(launches.rows);
+}
+
+int KestrelStartsFeature::isHeavyGame(std::string app) {
+    featureData data;
+    data.value = 0;
+    const auto ask = [&] {
+        std::string classifier = "AppClassifier";
+        if (mFeatureLocator != nullptr) {
+            mFeatureLocator->getData(classifier, app, data, CLASSIFIER_QUERY_TYPE);
+        }
+    };
+    guarded(ask, ExceptionLog{MODULE, "isHeavyGame", 308, 310});
+    return data.value;
+}

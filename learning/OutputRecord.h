@@ -1,0 +1,19 @@
+#pragma once
+
+#include "host/AsyncTriggerPayload.h"
+#include "learning/LearningRecords.h"
+
+// Finding the learned record of the app that a launch hint names.
+
+// Selects the app's rows, in either database.
+LMDBDataRowKey launchKey(AsyncTriggerPayload const& payload);
+
+// The app's stored rows, or one new row when there is none. The caller owns them.
+[[nodiscard]] LMDBDataTable<KSPerfdOutput>::vecT readOrMakeOutputRow(
+    LMDatabase<KSPerfdOutput>& outputDb, LMDBDataRowKey& key);
+
+// Whether `rows` is exactly one row. If not, the store is damaged: logs that for `function`, and
+// deletes and frees the rows.
+[[nodiscard]] bool isSingleOutputRow(LMDatabase<KSPerfdOutput>& outputDb,
+                                     LMDBDataTable<KSPerfdOutput>::vecT& rows, const char* function,
+                                     int line);
