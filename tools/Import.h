@@ -1,0 +1,8 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// `kestrelhost import`: prints the event trace that a replay of these Android logs would deliver.
+// `hostFile` may be empty. Throws InputError for wrong inputs.
+void importLogs(const std::vector<std::string>& logs, const std::string& hostFile);

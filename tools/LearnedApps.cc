@@ -1,0 +1,22 @@
+#include "tools/LearnedApps.h"
+
+#include "learning/LearningRecords.h"
+#include "lmdb/LMDBRows.h"
+
+std::map<std::string, LearnedApp> readLearnedApps(const std::filesystem::path& root) {
+    std::map<std::string, LearnedApp> apps;
+    const std::string fileName = "KestrelStartsAction.db";
+    if (!std::filesystem::exists(root / "data/vendor/lm" / fileName)) {
+        return apps;  // opening would create it
+    }
+    LMDatabase<KSPerfdOutput> db(0, fileName, "output_table");
+    if (db.openLMdb() != LMDB_SUCCESS) {
+        return apps;
+    }
+    LMDBDataRowKey all;
+    const LMDBRows<KSPerfdOutput> found(db, db.readAllocateDR<KSPerfdOutput>(all));
+    for (const LMDBDataRow<KSPerfdOutput>* row : found.rows) {
+        apps[row->appName] = {row->blob.launchDuration, row->blob.launchCount};
+    }
+    return apps;
+}
