@@ -1,0 +1,423 @@
+#include "tools/AndroidLogImporter.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// "T WHAT PACKAGE": launch (game: type 2), frame, switch, forget, or keep (removed, data stays).
+std::string nameOf(const TraceObject& object) {
+    const auto& event = std::get<HintEvent>(object.what);
+    std::string what = std::to_string(event.hintId) + "?";
+    if (event.hintId == 4225 && event.hintType == 1) {
+        what = event.launchType == 2 ? "game" : "launch";
+    } else if (event.hintId == 4103 && event.hintType == 0) {
+        what = "frame";
+    } else if (event.hintId == 4097 && event.hintType == 0) {
+        what = "switch";
+    } else if (event.hintId == 4164) {
+        what = event.hintType == 16777216 ? "keep" : "forget";
+    }
+    return std::to_string(object.t) + " " + what + " " + event.appName;
+}
+
+Lines namesOf(const std::vector<TraceObject>& trace) {
+    Lines names;
+    for (const TraceObject& object : trace) {
+        names.push_back(nameOf(object));
+    }
+    return names;
+}
+
+std::string joined(const Lines& lines, std::string_view lineEnd = "\n") {
+    std::string content;
+    for (const std::string& line : lines) {
+        content.append(line).append(lineEnd);
+    }
+    return content;
+}
+
+Lines imported(std::string_view content, const LogImportSettings& settings = {}) {
+    std::vector<TraceObject> trace;
+    EXPECT_TRUE(AndroidLogImporter::importFile(content, settings, trace));
+    return namesOf(trace);
+}
+
+// Importing line by line, as from standard input.
+Lines streamed(const Lines& lines) {
+    AndroidLogImporter importer({});
+    std::vector<TraceObject> trace;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        importer.importLine(lines[i], i + 1, trace);
+    }
+    return namesOf(trace);
+}
+
+// A line of January 1st: "SS.mmm" and the text.
+std::string at(const std::string& seconds, const std::string& text,
+               const std::string& tag = "ActivityManager") {
+    return "01-01 00:00:" + seconds + "  7  8 I " + tag + ": " + text;
+}
+
+std::string start(const std::string& package, const std::string& flags = "0x10000000") {
+    return "START u0 {act=x flg=" + flags + " cmp=" + package + "/.Main} from uid 1";
+}
+
+std::string home(const std::string& package) {
+    return "START u0 {cat=[a,android.intent.category.HOME] cmp=" + package + "/.Home} from uid 1";
+}
+
+std::string brief(const std::string& text, const std::string& tag = "ActivityManager") {
+    return "I/" + tag + "(  7): " + text;
+}
+
+TEST(AndroidLogImporter, ReadsEveryFormat) {
+    const std::string text = start("com.a");
+    const Lines formats[] = {
+        {"01-02 00:00:03.004  7  8 I ActivityManager: " + text},
+        {"01-02 00:00:03.004 12345 12345 I ActivityManager  : " + text},
+        {"01-02 00:00:03.004  1000  7  8 I ActivityManager: " + text},
+        {"01-02 00:00:03.004 shell  7  8 I ActivityTaskManager: " + text},
+        {"2023-01-02 00:00:03.004  7  8 I ActivityManager: " + text},
+        {"01-02 00:00:03.004999 +0530 root  7  8 I ActivityManager: " + text},
+        {"01-02 00:00:03.004 I/ActivityManager(    7): " + text},
+        {"2024-01-02 00:00:03.004 -0800 I/ActivityManager( 1000:    7): " + text},
+        {"01-02 00:00:03.004 I/ActivityManager(          7): " + text},
+        {"[ 01-02 00:00:03.004     7:    8 I/ActivityManager ]", text, ""},
+        {"[ 01-02 00:00:03.004     7:0x1f I/ActivityManager ]", "first", text, ""},
+        {"[ 2023-01-02 00:00:03.004000 +0000  root:    7:    8 I/ActivityManager ]", text},
+        {"              86403.004  7  8 I ActivityManager: " + text},
+        {"[  86403.004123  1000:    7:    8 I/ActivityManager ]", text},
+    };
+    for (const Lines& lines : formats) {
+        SCOPED_TRACE(lines[0]);
+        EXPECT_EQ(imported(joined(lines)), Lines{"86403004 launch com.a"});
+        EXPECT_EQ(imported(joined(lines, "\r\n")), Lines{"86403004 launch com.a"});
+        EXPECT_EQ(streamed(lines), Lines{"86403004 launch com.a"});
+    }
+}
+
+TEST(AndroidLogImporter, PassesOverWhatIsNoLogLine) {
+    const std::string text = start("com.a");
+    const std::string lines[] = {
+        "",
+        text,
+        "--------- beginning of main",
+        "01-02 00:00:03.004 ActivityManager: " + text,
+        "01-02 00:00:03  7  8 I ActivityManager: " + text,
+        "02-30 00:00:03.004  7  8 I ActivityManager: " + text,
+        "2023-02-29 00:00:03.004  7  8 I ActivityManager: " + text,
+        "01-02 24:00:03.004  7  8 I ActivityManager: " + text,
+        "99999999999999999999999.004  7  8 I ActivityManager: " + text,
+        "01-02 00:00:03.004  7 root I ActivityManager: " + text,
+        "01-02 00:00:03.004  7  8 X ActivityManager: " + text,
+        "I/ActivityManager(): " + text,
+        "I/ActivityManager(7) " + text,
+        "[ 01-02 00:00:03.004 7:8 I/ActivityManager",
+        std::string("I/\0(7", 5),
+    };
+    for (const std::string& line : lines) {
+        SCOPED_TRACE(line);
+        std::vector<TraceObject> trace;
+        EXPECT_FALSE(AndroidLogImporter::importFile(line, {}, trace));
+        EXPECT_TRUE(trace.empty());
+    }
+}
+
+TEST(AndroidLogImporter, ReadsStarts) {
+    const struct {
+        const char* text;
+        bool isLaunch;
+        const char* tag = "ActivityManager";
+    } cases[] = {
+        {"START {act=x cmp=com.a/.Main u=0} from pid 1", true},
+        {"Starting: Intent { cmp=com.a/.Main } from pid 1", true},
+        {"Starting activity: Intent { cmp=com.a/.Main }", true},
+        {"START u-10 {cmp=com.a/b.C$D} from", true},
+        {"START u0 {clip={text/plain {x}} cmp=com.a/.Main (has extras)} with", true},
+        {"START u0 {cmp=com.a/.Main sel={cmp=com.b/.Main}}", true},
+        {"START u0 {sel={cmp=com.b/.Main cat=[android.intent.category.HOME]} cmp=com.a/.Main}",
+         true},
+        {"START u0 {dat=x?cmp=com.b/.Main cmp=com.a/.Main}", true},
+        {"START u0 {cat=[android.intent.category.HOME_MAIN] cmp=com.a/.Main}", true},
+        {"START u0 {cmp=com.a/.Main cat=[android.intent.category.HOME]}", true},
+        {"START u0 {cmp=com.a/.Main} with X result code=0", true},
+        {"START u0 {cmp=com.a/.Main} with X result code=2", true},
+        {"START u0 {cmp=com.a/.Main} with X result code=3", false},
+        {"START u0 {cmp=com.a/.Main} with X result code=102", false},
+        {"START u0 {cmp=com.a/.Main} with X result code=-92", false},
+        {"START u0 {cmp=com.a/.Main} with X result code=99999999999999999999", false},
+        {"START u0 {cmp=com.a/.Main} with X result code=", true},
+        {"START u0 {clip={text/plain} cmp=com.a/.Main", false},
+        {"START u0 {sel={cmp=com.a/.Main}}", false},
+        {"START u0 {cmp=com.a/}", false},
+        {"START u0 {cmp=/.Main}", false},
+        {"START u {cmp=com.a/.Main}", false},
+        {"Starting u0 {cmp=com.a/.Main}", false},
+        {"START u0 {cmp=com.a/.Main}", false, "ActivityManagerService"},
+        {"[0,1,com.a/.Main,act,NULL,a,b,268435456]", true, "am_create_activity"},
+        {"[0,1,com.a/.Main,act,NULL,NULL,-1]", true, "wm_create_activity"},
+        {"[com.a/.Main,act,0]", true, "create_activity"},
+        {"[0,1,com.a/.Main,act,2684354560]", false, "am_create_activity"},
+        {"[0,1,com.a/.Main,act,0x10]", false, "am_create_activity"},
+        {"[0,1,com.a/.Main,act,268435456", false, "am_create_activity"},
+        {"[0,1,com.a/,/.Main,268435456]", false, "am_create_activity"},
+        {"[0,1,com.a/.Main,act,0]", false, "am_recreate_activity"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        EXPECT_EQ(imported(at("01.000", c.text, c.tag)),
+                  c.isLaunch ? Lines{"1000 launch com.a"} : Lines{});
+    }
+}
+
+TEST(AndroidLogImporter, FollowsTheFrontAndTheOpenLaunch) {
+    const struct {
+        const char* name;
+        Lines lines;
+        Lines events;
+    } cases[] = {
+        {"a start of the open package is part of its launch",
+         {at("01.000", start("com.a")), at("02.000", start("com.a")), at("03.000", start("com.b"))},
+         {"1000 launch com.a", "3000 launch com.b"}},
+        {"in front only a new task is a launch",
+         {at("01.000", "[0,com.a/.Main]", "am_focused_activity"),
+          at("02.000", start("com.a", "0x1fffffff")), at("03.000", "[com.a/.Main,5]", "am_x"),
+          at("03.000", "Displayed com.a/.Main: +1s0ms"),
+          at("04.000", start("com.a", "0x20000000"))},
+         {"1000 switch com.a", "2000 launch com.a", "3000 frame com.a"}},
+        {"a home start is an app switch, its creation nothing",
+         {at("01.000", home("com.h")),
+          at("01.100", "[1,com.h/.Home,x,268435456]", "am_create_activity"),
+          at("02.000", home("com.h") + " result code=3"), at("03.000", start("com.a")),
+          at("04.000", home("com.h") + " result code=102"), at("05.000", home("com.h"))},
+         {"1000 switch com.h", "3000 launch com.a", "5000 switch com.h"}},
+        {"a switch away ends the launch, a switch to it does not",
+         {at("01.000", start("com.a")), at("02.000", "[0,com.a/.X,why]", "wm_set_resumed_activity"),
+          at("02.500", "[0,com.a/.X,why]", "wm_set_resumed_activity"),
+          at("03.000", "Displayed com.a/.X for user 10: +2s3ms"), at("04.000", start("com.b")),
+          at("05.000", "[0,1,com.a/.X]", "am_resume_activity"),
+          at("06.000", "Displayed com.b/.X: +2s")},
+         {"1000 launch com.a", "2000 switch com.a", "3003 frame com.a", "4000 launch com.b",
+          "5000 switch com.a"}},
+        {"only a removal takes a package from the front",
+         {at("01.000", "[0,com.a/.X]", "am_focused_activity"),
+          at("02.000", "Force stopping com.a appid=1 user=0: from pid 9"),
+          at("03.000", start("com.a", "0x0")),
+          at("04.000", "Force stopping com.a appid=1 user=0: pkg removed"),
+          at("05.000", start("com.a", "0x0")),
+          at("05.500", "Force stopping com.a appid=1 user=0: pkg removed"),
+          at("06.000", "Displayed com.a/.X: +1s")},
+         {"1000 switch com.a", "4000 forget com.a", "5000 launch com.a", "5500 forget com.a"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(imported(joined(c.lines)), c.events);
+        EXPECT_EQ(streamed(c.lines), c.events);
+    }
+}
+
+TEST(AndroidLogImporter, TakesTheDurationThatFits) {
+    const struct {
+        const char* seconds;  // of the line; the launch began at 01.000
+        const char* text;
+        int64_t t;  // of the frame; 0: there is none
+        const char* tag = "ActivityManager";
+    } cases[] = {
+        {"01.500", "Displayed com.a/.Main: +1s", 2000},
+        {"01.499", "Displayed com.a/.Main: +1s", 0},
+        {"06.000", "Displayed com.a/.Main: +1s", 2000},
+        {"06.001", "Displayed com.a/.Main: +1s", 0},
+        {"02.000", "Displayed com.a/.Main: +800ms (total +1s10ms)", 2010},
+        {"02.000", "Displayed com.a/.Main: +800ms (total +2m33s700ms)", 1800},
+        {"02.000", "Displayed com.a/.Main: +5s (total +6s)", 0},
+        {"02.000", "Displayed activity com.a/.Main: 800 ms (total 900 ms)", 1900},
+        {"02.000", "Displayed activity com.a/.Main: 800 ms", 1800},
+        {"02.000", "[0,1,com.a/.Main,800]", 1800, "wm_activity_launch_time"},
+        {"02.000", "[1,com.a/.Main,800,900]", 1900, "activity_launch_time"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        Lines events{"1000 launch com.a"};
+        if (c.t != 0) {
+            events.push_back(std::to_string(c.t) + " frame com.a");
+        }
+        events.push_back("10000 launch com.b");
+        // The launch is over in any case, and com.a in front.
+        EXPECT_EQ(
+            imported(joined({at("01.000", start("com.a")), at(c.seconds, c.text, c.tag),
+                             at("09.000", start("com.a", "0x0")), at("10.000", start("com.b"))})),
+            events);
+    }
+}
+
+TEST(AndroidLogImporter, ReadsDurations) {
+    const struct {
+        const char* text;
+        int64_t ms;  // -1: says nothing
+        const char* tag = "ActivityManager";
+    } cases[] = {
+        {"Displayed com.a/.Main: +0ms", 0},
+        {"Displayed com.a/.Main: +1d2h3m4s5ms", 93784005},
+        {"Displayed com.a/.Main: +10m", 600000},
+        {"Displayed com.a/.Main: +1s10", -1},
+        {"Displayed com.a/.Main: +", -1},
+        {"Displayed com.a/.Main: 5ms", -1},
+        {"Displayed com.a/.Main: +5ms5s", -1},
+        {"Displayed com.a/.Main: +99999999999999999999ms", -1},
+        {"Displayed com.a/.Main: +999999999999999999d", -1},
+        {"Displayed com.a/.Main: +834ms (total +1s1", -1},
+        {"Displayed com.a/.Main for user: +834ms", -1},
+        {"Displayed activity com.a/.Main: 834", -1},
+        {"Displayed activity com.a/.Main: +834ms", -1},
+        {"Displayed com.a: +834ms", -1},
+        {"[1,com.a/.Main,-5]", -1, "am_activity_launch_time"},
+        {"[1,com.a/.Main,5,6", -1, "am_activity_launch_time"},
+        {"[1,com.a/.Main]", -1, "am_activity_launch_time"},
+        {"[1,com.a/.Main,5,6,7]", -1, "am_activity_launch_time"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        Lines events{"1000 launch com.a"};
+        if (c.ms >= 0) {
+            events.push_back(std::to_string(1000 + c.ms) + " frame com.a");
+        }
+        EXPECT_EQ(imported(joined({brief(start("com.a")), brief(c.text, c.tag)})), events);
+    }
+}
+
+TEST(AndroidLogImporter, KnowsUpdatesFromRemovals) {
+    const std::string removal = at("09.000", "Force stopping com.a appid=1 user=0: pkg removed");
+    const std::string update =
+        at("05.000", "Force stopping com.a appid=1 user=-1: installPackageLI");
+    const std::string other = at("06.000", "Force stopping com.a appid=1 user=-1: deletePackageX");
+    const std::string elsewhere =
+        at("06.000", "Force stopping com.b appid=2 user=-1: deletePackageX");
+    const struct {
+        const char* name;
+        RemovalPolicy policy;
+        Lines lines;
+        Lines events;
+    } cases[] = {
+        {"removal", RemovalPolicy::forget, {other, removal}, {"9000 forget com.a"}},
+        {"kept", RemovalPolicy::keep, {removal}, {"9000 keep com.a"}},
+        {"ignored", RemovalPolicy::ignore, {update, removal}, {}},
+        {"update", RemovalPolicy::forget, {update, elsewhere, removal}, {"9000 keep com.a"}},
+        {"update, then removal",
+         RemovalPolicy::forget,
+         {update, other, removal},
+         {"9000 forget com.a"}},
+        {"update for two users",
+         RemovalPolicy::forget,
+         {update, removal, removal},
+         {"9000 keep com.a", "9000 keep com.a"}},
+        {"another reason", RemovalPolicy::forget, {removal + " twice"}, {}},
+        {"old text",
+         RemovalPolicy::forget,
+         {at("01.000", "Force stopping package com.a uid=1")},
+         {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(imported(joined(c.lines), {.games = {}, .removals = c.policy}), c.events);
+    }
+}
+
+TEST(AndroidLogImporter, CountsYears) {
+    const auto launchAt = [](const std::string& day, const std::string& package) {
+        return day + " 00:00:00.000  7  8 I ActivityManager: " + start(package);
+    };
+    const struct {
+        const char* name;
+        Lines lines;
+        Lines events;
+    } cases[] = {
+        {"an unprinted year has 366 days",
+         {launchAt("12-31", "a"), launchAt("01-01", "b")},
+         {"31536000000 launch a", "31622400000 launch b"}},
+        {"a printed one has its own",
+         {launchAt("2023-12-31", "a"), launchAt("2024-01-01", "b")},
+         {"31449600000 launch a", "31536000000 launch b"}},
+        {"the second buffer goes back over the turn",
+         {launchAt("12-31", "a"), launchAt("01-02", "d"), launchAt("12-31", "b"),
+          launchAt("01-01", "c")},
+         {"31536000000 launch a", "31536000000 launch b", "31622400000 launch c",
+          "31708800000 launch d"}},
+        {"180 days back are no turn",
+         {launchAt("06-29", "b"), launchAt("01-01", "a")},
+         {"0 launch a", "15552000000 launch b"}},
+        {"181 are",
+         {launchAt("06-30", "a"), launchAt("01-01", "b")},
+         {"15638400000 launch a", "31622400000 launch b"}},
+        {"without a turn there is no year before",
+         {launchAt("01-01", "a"), launchAt("11-01", "b")},
+         {"0 launch a", "26352000000 launch b"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(imported(joined(c.lines)), c.events);
+    }
+}
+
+TEST(AndroidLogImporter, SortsFilesAndKeepsTheirLineNumbers) {
+    const Lines lines{at("05.000", start("com.b")), "no log line", at("01.000002", start("com.a")),
+                      at("01.000001", start("com.c")), at("05.000", start("com.d"))};
+    std::vector<TraceObject> trace;
+    ASSERT_TRUE(AndroidLogImporter::importFile(joined(lines), {.games = {"com.a"}}, trace));
+    EXPECT_EQ(namesOf(trace), (Lines{"1000 launch com.c", "1000 game com.a", "5000 launch com.b",
+                                     "5000 launch com.d"}));
+    EXPECT_EQ(trace[0].line, 4U);
+    EXPECT_EQ(trace[1].line, 3U);
+    EXPECT_EQ(trace[2].line, 1U);
+    // Line by line, older lines take their predecessor's time.
+    EXPECT_EQ(streamed(lines), (Lines{"5000 launch com.b", "5000 launch com.a", "5000 launch com.c",
+                                      "5000 launch com.d"}));
+}
+
+TEST(AndroidLogImporter, NeverGoesBackInTime) {
+    // The frame lies after its own line; the next launch begins, and is measured, from its event.
+    EXPECT_EQ(
+        imported(
+            joined({at("01.000", start("com.a")), at("02.000", "Displayed com.a/.X: +1s300ms"),
+                    at("02.100", start("com.b")), at("02.900", "Displayed com.b/.X: +400ms")})),
+        (Lines{"1000 launch com.a", "2300 frame com.a", "2300 launch com.b", "2700 frame com.b"}));
+}
+
+TEST(AndroidLogImporter, KeepsAClockForLogsWithoutTimes) {
+    EXPECT_EQ(
+        imported(joined({brief("[0,com.h/.Home]", "am_focused_activity"), brief(start("com.a")),
+                         brief("Displayed com.a/.Main: +1h (total +2h)"),
+                         brief("[0,com.h/.Home]", "am_focused_activity"), brief(start("com.b")),
+                         brief("Displayed com.c/.Main: +1h"), brief(start("com.c"))})),
+        (Lines{"0 switch com.h", "1000 launch com.a", "7201000 frame com.a", "7201000 switch com.h",
+               "7202000 launch com.b", "7203000 launch com.c"}));
+}
+
+TEST(AndroidLogImporter, TakesWhatLooksLikeALogLineAsTextOfALongEntry) {
+    EXPECT_EQ(imported(joined({"[ 01-01 00:00:01.000  7: 8 I/ActivityManager ]", start("com.a"),
+                               at("02.000", start("com.b")), "",
+                               "[ 01-01 00:00:03.000  7: 8 I/Other ]", start("com.c")})),
+              Lines{"1000 launch com.a"});
+}
+
+TEST(AndroidLogImporter, SurvivesLongLines) {
+    const size_t size = 1'000'000;
+    const std::string prefix = "01-01 00:00:01.000  7  8 I ActivityManager: START u0 ";
+    for (const std::string& line :
+         {"I/" + std::string(size, '('), prefix + std::string(size, '{'), std::string(size, '9'),
+          prefix + "{flg=0x" + std::string(size, '9') + " cmp=a/b" + std::string(size, '}'),
+          "01-01 00:00:01.000" + std::string(size, ' '), std::string(size, ':')}) {
+        SCOPED_TRACE(line.substr(0, 80));
+        std::vector<TraceObject> trace;
+        AndroidLogImporter::importFile(line, {}, trace);
+        EXPECT_LE(trace.size(), 1U);
+    }
+}
+
+}  // namespace

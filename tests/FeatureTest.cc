@@ -1,0 +1,451 @@
+// What replays cannot reach: damaged stores, missing ones, odd meter runs, threads at once.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <latch>
+#include <thread>
+
+#include "action/KestrelStartsAction.h"
+#include "action/KestrelStartsFeatureHw.h"
+#include "feature/KestrelStartsFeature.h"
+#include "learning/KestrelStartsMetaMeter.h"
+#include "tests/support/TestHost.h"
+
+namespace {
+
+AsyncTriggerPayload eventOf(const std::string& app, int32_t hintId, int32_t hintType) {
+    AsyncTriggerPayload payload;
+    payload.hintId = hintId;
+    payload.hintType = hintType;
+    payload.appName = app;
+    payload.featureVersion = 1;
+    payload.dataVersion = 112;
+    return payload;
+}
+
+AsyncTriggerPayload launchOf(const std::string& app) {
+    return eventOf(app, 4225, 1);
+}
+
+// A feature that is on for both kinds of launches, with its stores.
+class FeatureTest : public testing::Test {
+ public:
+    FeatureTest() {
+        mFeature.mKapStatus = mFeature.mKgmStatus = 1;
+        mHost.takeLog();
+    }
+
+    KestrelStartsAction* action() { return KestrelStartsAction::getInstance(&mFeature); }
+
+    void storeLaunches(const std::string& app, const std::vector<int>& durations) {
+        auto rows = mFeature.mFeatureInputDb->getRow(durations.size());
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            rows[i]->appName = app;
+            rows[i]->intcol1 = 4225;
+            rows[i]->blob.launchDuration = durations[i];
+        }
+        mFeature.mFeatureInputDb->writeDeallocateDR<KSInputDbData>(rows);
+    }
+
+    void storeRecord(const std::string& app, const KSPerfdOutput& record) {
+        auto rows = action()->mOutputDb->getRow(1);
+        rows.front()->appName = app;
+        rows.front()->intcol1 = 4225;
+        rows.front()->blob = record;
+        action()->mOutputDb->writeDeallocateDR<KSPerfdOutput>(rows);
+    }
+
+    template <class T>
+    static std::vector<T> stored(LMDatabase<T>& db) {
+        LMDBDataRowKey all;
+        auto rows = db.template readAllocateDR<T>(all);
+        std::vector<T> values;
+        for (const auto* row : rows) {
+            values.push_back(row->blob);
+        }
+        db.freeRow(rows);
+        return values;
+    }
+
+    std::vector<KSPerfdOutput> records() { return stored(*action()->mOutputDb); }
+    std::size_t launchCount() { return stored(*mFeature.mFeatureInputDb).size(); }
+
+    TestHost mHost{HostSetup{.knobs = std::nullopt}};
+    KestrelStartsFeature mFeature{FeatureInfo{.featureName = "KestrelStarts"}};
+};
+
+// ---- recording
+
+TEST_F(FeatureTest, MeterRunsWithNothingToStoreAreTurnedAway) {
+    LaunchMeter aborted;
+    aborted.aborted = true;
+    aborted.mTriggerPayloads = {launchOf("a")};
+    LaunchMeter others;
+    others.mTriggerPayloads = {eventOf("a", 4225, 2), eventOf("a", 4103, 1)};
+    LaunchMeter valid;
+    valid.mTriggerPayloads = {launchOf("a")};
+    KestrelStartsMetaMeter withoutDb(mFeature.mFeatureInfo, nullptr, mFeature.mFeatureState);
+    const struct {
+        const char* name;
+        MetaMeter* metaMeter;
+        std::vector<Meter*> meters;
+        const char* log;
+    } cases[] = {
+        {"none", mFeature.mMetaMeter, {}, "45: incorrect no of meters"},
+        {"two", mFeature.mMetaMeter, {&valid, &valid}, "45: incorrect no of meters"},
+        {"null", mFeature.mMetaMeter, {nullptr}, "62: No meters for this feature"},
+        {"no database", &withoutDb, {&aborted}, "56: No input db for this feature"},
+        {"aborted",
+         mFeature.mMetaMeter,
+         {&aborted},
+         "69: Meter aborted or could not get meter data for this run"},
+        {"no launch",
+         mFeature.mMetaMeter,
+         {&others},
+         "88: no valid triggers present to write into input db"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(c.metaMeter->writeToDataBase(c.meters), 0);
+        EXPECT_EQ(mHost.takeLog(),
+                  Lines{std::string("KestrelStarts:MetaMeter: writeToDataBase() ") + c.log});
+    }
+    EXPECT_EQ(launchCount(), 0U);
+}
+
+TEST_F(FeatureTest, ARunIsStoredUnderItsFirstLaunch) {
+    LaunchMeter meter;
+    meter.measuredDuration = 420;
+    meter.mTriggerPayloads = {eventOf("x", 4103, 0), launchOf("com.a/.Main"),
+                              eventOf("x", 4098, 0)};
+    EXPECT_EQ(mFeature.mMetaMeter->writeToDataBase({&meter}), 1);
+    LMDBDataRowKey key{4225, "com.a/.Main", ""};
+    EXPECT_EQ(mFeature.mFeatureInputDb->getCountDR<KSInputDbData>(key), 1);
+    EXPECT_EQ(stored(*mFeature.mFeatureInputDb).front().launchDuration, 420);
+    // The rows behind the first have no name, which the table refuses.
+    meter.mTriggerPayloads.assign(2, launchOf("com.b"));
+    EXPECT_EQ(mFeature.mMetaMeter->writeToDataBase({&meter}), 1);
+    EXPECT_EQ(launchCount(), 2U);
+    EXPECT_EQ(mHost.takeLog().size(), 2U);
+    // More than one batch of rows: nothing is stored.
+    meter.mTriggerPayloads.assign(101, launchOf("com.c"));
+    EXPECT_EQ(mFeature.mMetaMeter->writeToDataBase({&meter}), 1);
+    EXPECT_EQ(launchCount(), 2U);
+    EXPECT_EQ(mHost.takeLog(), Lines{});
+}
+
+// ---- decision and relearning
+
+TEST_F(FeatureTest, DecisionFromAnInterruptedEvaluation) {
+    storeRecord("a", {.boostType = 77, .launchDuration = 1, .launchCount = 100, .retriggered = 1});
+    storeLaunches("a", {900, 900, 900, 900, 900});
+    mFeature.mFeatureState.writeState("a", APP_STATE_EVALUATED);
+    mHost.takeLog();
+    mFeature.checkWriteOutputDB(action(), launchOf("a"));
+    EXPECT_EQ(mHost.takeLog(), Lines{"KestrelStarts: checkWriteOutputDB() 464: "
+                                     "deleteDeallocateDR<KSInputDbData>(inDbRows)"});
+    ASSERT_EQ(records().size(), 1U);
+    EXPECT_EQ(records().front().boostType, 77);
+    EXPECT_EQ(records().front().launchDuration, 900);
+    EXPECT_EQ(records().front().launchCount, 0);
+    EXPECT_EQ(records().front().retriggered, 0);
+    EXPECT_EQ(mFeature.mFeatureState.readState("a"), APP_STATE_LEARNED);
+    EXPECT_EQ(launchCount(), 0U);
+}
+
+TEST_F(FeatureTest, NoDecisionInBetweenStates) {
+    for (const int state : {1, 3, 5, 42}) {
+        SCOPED_TRACE(state);
+        storeRecord("a", {.launchDuration = 1});
+        storeLaunches("a", {900, 900, 900, 900, 900});
+        mFeature.mFeatureState.writeState("a", static_cast<AppState>(state));
+        mFeature.checkWriteOutputDB(action(), launchOf("a"));
+        EXPECT_TRUE(records().empty());
+        EXPECT_EQ(launchCount() % 5, 0U);
+        EXPECT_NE(launchCount(), 0U);
+        EXPECT_EQ(mFeature.mFeatureState.readState("a"), state);
+    }
+}
+
+TEST_F(FeatureTest, TenLaunchesWithoutADurationDisableTheApp) {
+    for (const int launches : {9, 10}) {
+        SCOPED_TRACE(launches);
+        const std::string app = "app" + std::to_string(launches);
+        storeLaunches(app, std::vector<int>(static_cast<std::size_t>(launches), 0));
+        mFeature.checkWriteOutputDB(action(), launchOf(app));
+        EXPECT_EQ(launchCount(), 0U);
+        EXPECT_EQ(records().size(), 1U);
+    }
+    EXPECT_EQ(records().front().launchDuration, 750);
+    EXPECT_EQ(mFeature.mFeatureState.readState("app9"), APP_STATE_LEARNED);
+    EXPECT_EQ(mFeature.mFeatureState.readState("app10"), APP_STATE_DISABLED);
+    const auto exported = mHost.records<record::Export>().back();
+    EXPECT_EQ(exported.text, "Learning Complete - DISABLED KS");
+    EXPECT_EQ(exported.value, 0);
+    EXPECT_TRUE(
+        std::filesystem::exists(mHost.databaseDirectory() / "getAvgLaunchValuesForced.csv"));
+}
+
+TEST_F(FeatureTest, TwoRecordsOfOneAppAreDamageAndDeleted) {
+    const struct {
+        const char* log;
+        void (*check)(FeatureTest&);
+    } cases[] = {
+        {"checkWriteOutputDB() 434",
+         [](FeatureTest& t) { t.mFeature.checkWriteOutputDB(t.action(), launchOf("a")); }},
+        {"checkRelearningTrigger() 838",
+         [](FeatureTest& t) {
+             EXPECT_FALSE(t.mFeature.checkRelearningTrigger(t.action(), launchOf("a")));
+         }},
+    };
+    storeLaunches("a", {900, 900, 900, 900, 900});
+    for (const auto& c : cases) {
+        storeRecord("a", {.launchDuration = 1});
+        storeRecord("a", {.launchDuration = 2});
+        storeRecord("b", {.launchDuration = 3});
+        c.check(*this);
+        EXPECT_EQ(mHost.takeLog(), Lines{std::string("KestrelStarts: ") + c.log +
+                                         ": output db returning more rows for the same app"});
+        ASSERT_EQ(records().size(), 1U);
+        EXPECT_EQ(records().front().launchDuration, 3);
+        EXPECT_EQ(launchCount(), 5U);
+        std::string other = "b";
+        mFeature.removeFromDatabase(action(), other);
+    }
+}
+
+TEST_F(FeatureTest, RelearningIsTriggeredByTheHundredthLaunch) {
+    const auto counted = [](int32_t n) {
+        return "KestrelStarts: checkRelearningTrigger() 855: launchCount  Retrigger " +
+               std::to_string(n);
+    };
+    const std::string due = "KestrelStarts: checkRelearningTrigger() 859: Should  Retrigger";
+    const int32_t max = 2147483647;
+    const struct {
+        const char* name;
+        bool exists;
+        int32_t launchCount;
+        int32_t retriggered;
+        bool triggered;
+        int32_t launchCountAfter;
+        int32_t retriggeredAfter;
+        Lines log;
+    } cases[] = {
+        {"no record", false, 0, 0, false, 1, 0, {counted(1)}},
+        {"98", true, 98, 0, false, 99, 0, {counted(99)}},
+        {"99", true, 99, 0, true, 100, 1, {counted(100), due}},
+        {"triggered before", true, 100, 1, true, 100, 1, {due}},
+        {"triggered too early", true, 5, 1, false, 5, 1, {}},
+        {"odd flag", true, 3, 2, false, 4, 2, {counted(4)}},
+        {"largest", true, max, 0, true, max, 1, {counted(max), due}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string app = "a";
+        mFeature.removeFromDatabase(action(), app);
+        if (c.exists) {
+            storeRecord("a", {.launchCount = c.launchCount, .retriggered = c.retriggered});
+        }
+        mHost.takeLog();
+        EXPECT_EQ(mFeature.checkRelearningTrigger(action(), launchOf("a")), c.triggered);
+        std::vector<int32_t> states;
+        for (const auto& change : mHost.records<record::State>()) {
+            states.push_back(change.state);
+        }
+        EXPECT_EQ(states, c.triggered ? (std::vector<int32_t>{5, 0}) : std::vector<int32_t>{});
+        EXPECT_EQ(mHost.takeLog(), c.log);
+        ASSERT_EQ(records().size(), 1U);
+        EXPECT_EQ(records().front().launchCount, c.launchCountAfter);
+        EXPECT_EQ(records().front().retriggered, c.retriggeredAfter);
+    }
+}
+
+// ---- queries and boosts
+
+TEST_F(FeatureTest, QueriesAverageStoredLaunchesUntilSomethingIsLearned) {
+    storeLaunches("a", {300, 400, 501});
+    const struct {
+        const char* app;
+        int type;
+        int32_t before;
+        int result;
+        int32_t after;
+    } cases[] = {
+        {"a", 3, 0, 0, 400},  {"a", 4, 0, 0, 0}, {"a", 9, 8, 0, 2}, {"b", 3, 8, -1, 8},
+        {"l", 3, 8, 0, 1350}, {"l", 4, 8, 0, 7}, {"l", 9, 8, 0, 8}, {"b", 5, 8, 0, 1},
+    };
+    storeRecord("l", {.launchDuration = 1350, .secondMetric = 7});
+    storeLaunches("l", {1});
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.app << ' ' << c.type);
+        std::string app = c.app;
+        featureData data{c.before};
+        EXPECT_EQ(mFeature.getData(app, data, c.type), c.result);
+        EXPECT_EQ(data.value, c.after);
+    }
+}
+
+TEST_F(FeatureTest, FeedbackAnswersOnlyLaunchHints) {
+    storeRecord(std::string(127, 'x'), {.launchDuration = 1350});
+    storeRecord(std::string(128, 'y'), {.launchDuration = 0});
+    mpctl_msg_t message{};
+    message.duration = 5;
+    EXPECT_EQ(KestrelStartsAction::FeedbackCB(nullptr), -1);
+    EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), -1);
+    EXPECT_EQ(message.duration, 5);
+    message.hintId = 4225;
+    std::memset(message.appName, 'x', 127);
+    EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), 0);
+    EXPECT_EQ(message.duration, 1350);
+    std::memset(message.appName, 'y', 128);  // no terminator within the field
+    EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), 0);
+    EXPECT_EQ(message.duration, 0);
+    std::memset(message.appName, 'z', 128);
+    EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), 0);
+    EXPECT_EQ(message.duration, 15000);
+}
+
+TEST_F(FeatureTest, OnlyAHandleIsReleasedButBothSlotsAlways) {
+    mFeature.mPerfLockHandle = 0;
+    mFeature.removeAction(action());
+    EXPECT_EQ(mFeature.mPerfLockHandle, -1);
+    EXPECT_TRUE(mHost.records<record::Release>().empty());
+    mFeature.mPerfLockHandle = 5;
+    action()->mKSBoostHandle = 0;
+    mFeature.removeAction(action());
+    EXPECT_EQ(action()->mKSBoostHandle, 0);
+    std::vector<int> released;
+    for (const auto& release : mHost.records<record::Release>()) {
+        released.push_back(release.handle);
+    }
+    EXPECT_EQ(released, (std::vector<int>{-1, 5}));
+    mFeature.removeAction(nullptr);
+}
+
+TEST_F(FeatureTest, ClustersBecomeOneInitCommand) {
+    using Config = std::unordered_map<std::string, std::string>;
+    const struct {
+        Config config;
+        const char* init;  // null: there is no controller
+    } cases[] = {
+        {{}, ""},
+        {{{"Cluster", ""}}, nullptr},
+        {{{"Cluster", "0,4,7"}, {"Cluster0", "p"}, {"Cluster4", "q"}}, "Init:2:0,p:4,q"},
+        {{{"Cluster", "0 4 7"}, {"Cluster7", "r"}, {"Cluster4", "q"}}, "Init:2:4,q:7,r"},
+        {{{"Cluster", "3"}, {"Cluster3", ""}}, "Init:1:3,"},
+        {{{"Cluster", "x"}, {"Cluster0", "p"}}, ""},
+        {{{"Cluster", "0;4"}, {"Cluster0", "p"}, {"Cluster4", "q"}}, "Init:1:0,p"},
+        {{{"Cluster", "0,0"}, {"Cluster0", "p"}}, "Init:2:0,p:0,p"},
+        {{{"Cluster", " -1 ,+2,,3"}, {"Cluster-1", "m"}, {"Cluster2", "t"}, {"Cluster3", "u"}},
+         "Init:1:-1,m"},
+        {{{"Cluster", "1,99999999999,2"}, {"Cluster1", "p"}, {"Cluster2", "q"}}, "Init:1:1,p"},
+    };
+    for (const auto& c : cases) {
+        mHost.takeLog();
+        mFeature.mFeatureInfo.configMap = c.config;
+        {
+            KestrelStartsFeatureHw profile(mFeature);
+            std::string duration = "1350";
+            profile.Start(duration);
+            profile.Stop();
+        }
+        const auto created = mHost.records<record::PlhCreate>();
+        const auto commands = mHost.records<record::PlhCommand>();
+        ASSERT_EQ(created.size(), c.init != nullptr ? 1U : 0U);
+        ASSERT_EQ(commands.size(), c.init != nullptr ? 2U : 0U);
+        if (c.init != nullptr) {
+            EXPECT_EQ(created.front().init, c.init);
+            EXPECT_EQ(commands[0].text, "1350");
+            EXPECT_EQ(commands[1].command, 1);
+        }
+    }
+}
+
+// ---- missing stores
+
+TEST(MissingStoreTest, EachOperationSaysWhatItLacks) {
+    TestHost host(HostSetup{.knobs = std::nullopt});
+    KestrelStartsFeature feature(FeatureInfo{.featureName = "KestrelStarts"});
+    feature.mKapStatus = 1;
+    host.takeLog();
+    std::filesystem::remove_all(host.databaseDirectory());
+    KestrelStartsAction* action = KestrelStartsAction::getInstance(&feature);
+    ASSERT_NE(action, nullptr);
+    EXPECT_EQ(action->mOutputDb, nullptr);
+    std::string app = "a";
+    featureData data;
+    EXPECT_EQ(feature.getData(app, data, 3), -1);
+    feature.removeFromDatabase(action, app);
+    feature.removeFromDatabase(nullptr, app);
+    feature.checkWriteOutputDB(action, launchOf("a"));
+    feature.checkWriteOutputDB(nullptr, launchOf("a"));
+    EXPECT_FALSE(feature.checkRelearningTrigger(action, launchOf("a")));
+    EXPECT_FALSE(feature.checkRelearningTrigger(nullptr, launchOf("a")));
+    // The default boost lasts 0 ms then, and there is no launch boost.
+    EXPECT_EQ(feature.applyAction(action, launchOf("a")), -1);
+    ASSERT_EQ(host.records<record::HintAcqRel>().size(), 1U);
+    EXPECT_EQ(host.records<record::HintAcqRel>().front().duration, 0);
+    EXPECT_EQ(
+        host.takeLog(),
+        (Lines{"LMDB: openLMdb() 172: ERROR:Db=/data/vendor/lm/KestrelStartsAction.db sql open "
+               "failed, err=14",
+               "KestrelStartsAction:: KestrelStartsAction() 40: LMDatabaseInit failed, err=-1",
+               "KestrelStarts: getData() 751: Output db table not found",
+               "KestrelStarts: removeFromDatabase() 524: KestrelStartAlgo:: dbTable NULL",
+               "KestrelStarts: removeFromDatabase() 518: KestrelStartAlgo:: "
+               "mFeatureInputDb/dbinstance NULL",
+               "KestrelStarts: checkWriteOutputDB() 373: KestrelStartAlgo:: dbTable NULL",
+               "KestrelStarts: checkWriteOutputDB() 367: KestrelStartAlgo:: "
+               "mFeatureInputDb/dbinstance NULL",
+               "KestrelStarts: checkRelearningTrigger() 823: KestrelStartAlgo:: dbTable NULL",
+               "KestrelStarts: checkRelearningTrigger() 818: KestrelStartAlgo:: "
+               "mFeatureInputDb/dbinstance NULL",
+               "KestrelStartsAction:: FeedbackCB() 101: db instance table NULL"}));
+}
+
+// ---- threads
+
+TEST_F(FeatureTest, QueriesAndFeedbackRunBesideEvents) {
+    constexpr int ROUNDS = 200;
+    std::latch start(4);
+    std::vector<KestrelStartsAction*> instances(3);
+    const auto query = [&](std::size_t i) {
+        start.arrive_and_wait();
+        instances[i] = KestrelStartsAction::getInstance(nullptr);
+        for (int round = 0; round < ROUNDS; ++round) {
+            std::string app = "a";
+            featureData data;
+            mFeature.getData(app, data, round % 3 + 3);
+            mpctl_msg_t message{};
+            message.hintId = 4225;
+            message.appName[0] = 'a';
+            EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), 0);
+        }
+    };
+    std::thread first(query, 0);
+    std::thread second(query, 1);
+    std::thread events([&] {
+        start.arrive_and_wait();
+        instances[2] = KestrelStartsAction::getInstance(&mFeature);
+        for (int round = 0; round < ROUNDS; ++round) {
+            mFeature.runAsync(launchOf("a"));
+            mFeature.runAsync(eventOf("a", 4103, 0));
+            mFeature.runAsync(eventOf("b", 4097, 0));
+            mFeature.mMetaMeter->handOverFinishedRuns();
+        }
+    });
+    start.arrive_and_wait();
+    first.join();
+    second.join();
+    events.join();
+    EXPECT_NE(instances[0], nullptr);
+    EXPECT_EQ(std::count(instances.begin(), instances.end(), instances[0]), 3);
+    for (const std::string& line : mHost.takeLog()) {
+        EXPECT_EQ(line.find("ERROR"), std::string::npos) << line;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,284 @@
+// kestrelhost on its command line: what it refuses, what it leaves behind, what it prints.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/support/ProgramRun.h"
+
+namespace {
+
+constexpr const char* LAUNCH = R"({"t":10,"hintId":4225,"hintType":1,"appName":"com.a"})"
+                               "\n";
+constexpr const char* FRAME = R"({"t":500,"hintId":4103,"appName":"com.a"})"
+                              "\n";
+constexpr const char* LEAVE = R"({"t":600,"hintId":4097,"appName":"com.b"})"
+                              "\n";
+
+class ProgramTest : public testing::Test {
+ protected:
+    // The `t` of every event record.
+    static std::vector<int64_t> eventTimes(const std::string& stream) {
+        std::vector<int64_t> times;
+        for (const std::string& line : splitLines(stream)) {
+            const auto record = nlohmann::json::parse(line);
+            if (record.at("kind") == "event") {
+                times.push_back(record.at("t"));
+            }
+        }
+        return times;
+    }
+
+    ProgramRun mProgram;
+};
+
+TEST_F(ProgramTest, WrongTracesAreToldByFileAndLineAndChangeNothing) {
+    const struct {
+        const char* name;
+        const char* lines;  // behind a good launch
+        const char* message;
+    } cases[] = {
+        {"no JSON", "{\"t\":1,", "not a JSON object: "},
+        {"text behind", R"({"t":11,"hintId":1} x)", "not a JSON object: "},
+        {"no object", "[1]", "not a JSON object"},
+        {"not UTF-8", "{\"t\":11,\"hintId\":1,\"appName\":\"\xff\"}", "not a JSON object: "},
+        {"unknown key", R"({"t":11,"hintId":1,"hintid":2})", "unknown key \"hintid\""},
+        {"double key", R"({"t":11,"hintId":1,"t":12})", "the key \"t\" is there twice"},
+        {"no t", R"({"hintId":1})", "the key \"t\" is missing"},
+        {"no hintId", R"({"t":11})", "the key \"hintId\" is missing"},
+        {"fraction", R"({"t":11.0,"hintId":1})", "\"t\" must be a whole number"},
+        {"t too large", R"({"t":9223372036854775808,"hintId":1})", "\"t\" must be a whole number"},
+        {"hintId too large", R"({"t":11,"hintId":2147483648})", "\"hintId\" must be a whole"},
+        {"hintType text", R"({"t":11,"hintId":1,"hintType":"1"})", "\"hintType\" must be a whole"},
+        {"version too large", R"({"t":11,"hintId":1,"featureVersion":32768})",
+         "\"featureVersion\" must be a whole number from -32768 to 32767"},
+        {"negative data version", R"({"t":11,"hintId":1,"dataVersion":-1})",
+         "\"dataVersion\" must be a whole number from 0 to 65535"},
+        {"appName no text", R"({"t":11,"hintId":1,"appName":null})", "\"appName\" must be a text"},
+        {"time goes back", R"({"t":9,"hintId":1})", "\"t\" goes back from 10 to 9"},
+        {"late set-up", R"({"host":{}})", "the host's set-up must be the first object"},
+        {"query without app", R"({"t":11,"query":3})", "the key \"appName\" is missing"},
+        {"query with an event's key", R"({"t":11,"query":3,"appName":"a","hintId":1})",
+         "unknown key \"hintId\""},
+        {"feedback without type", R"({"t":11,"feedback":{"hintId":1,"appName":"a"}})",
+         "the key \"hintType\" is missing"},
+        {"feedback no object", R"({"t":11,"feedback":1})", "\"feedback\" must be an object"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        mProgram.write("bad.jsonl", std::string("# comment\n\n") + LAUNCH + c.lines + "\n" + LEAVE);
+        mProgram.write("good.jsonl", LAUNCH);
+        const auto result = mProgram.run("replay --json --root root good.jsonl bad.jsonl");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.err.find(std::string("bad.jsonl:4: ") + c.message), 0U) << result.err;
+        EXPECT_EQ(result.out, "");
+        EXPECT_FALSE(std::filesystem::exists(mProgram.path("root")));
+    }
+}
+
+TEST_F(ProgramTest, WrongSetUpsAreTold) {
+    const struct {
+        const char* host;
+        const char* message;
+    } cases[] = {
+        {R"({"knob":[1]})", "unknown key \"knob\""},
+        {R"({"knobs":[1.5]})", "\"knobs\" must be a whole number"},
+        {R"({"knobs":1})", "\"knobs\" must be a list"},
+        {R"({"properties":null})", "\"properties\" must be an object"},
+        {R"({"properties":{"ro.a":true}})", "\"ro.a\" must be a text"},
+        {R"({"removals":"drop"})", "\"removals\" must be \"forget\", \"keep\" or \"ignore\""},
+        {R"({"absent":["hint","hints"]})", "\"absent\" does not know \"hints\""},
+        {R"({"failing":["release"]})", "\"failing\" does not know \"release\""},
+        {R"({"appClasses":{"a":"1"}})", "\"a\" must be a whole number"},
+        {R"({"games":[1]})", "\"games\" must be a text"},
+        {R"([])", "\"host\" must be an object"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.host);
+        const std::string object = std::string("{\"host\":") + c.host + "}";
+        mProgram.write("host.json", "# set-up\n" + object + "\n");
+        mProgram.write("trace.jsonl", object + "\n" + LAUNCH);
+        mProgram.write("good.jsonl", LAUNCH);
+        auto result = mProgram.run("replay --host host.json good.jsonl");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.err.find(std::string("host.json:2: ") + c.message), 0U) << result.err;
+        result = mProgram.run("replay trace.jsonl");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.err.find(std::string("trace.jsonl:1: ") + c.message), 0U) << result.err;
+    }
+    mProgram.write("host.json", "{\n  \"host\": {\n    \"knobs\": [1,,2]\n  }\n}\n");
+    const auto result = mProgram.run("replay --host host.json good.jsonl");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err.find("host.json:3: not a JSON object: "), 0U) << result.err;
+}
+
+TEST_F(ProgramTest, WrongCommandLinesAndFiles) {
+    mProgram.write("trace.jsonl", LAUNCH);
+    mProgram.write("letter.txt", "Dear reader,\nthis is no log.\n");
+    mProgram.write("file", "");
+    const struct {
+        const char* arguments;
+        int status;
+        const char* message;
+    } cases[] = {
+        {"", 2, "subcommand is required"},
+        {"play trace.jsonl", 2, "play"},
+        {"replay", 2, "INPUT"},
+        {"replay --sink trace.jsonl", 2, "--sink"},
+        {"replay missing.jsonl", 2, "missing.jsonl: No such file"},
+        {"replay .", 2, ".: Is a directory"},
+        {"replay --host missing.json trace.jsonl", 2, "missing.json: No such file"},
+        {"replay letter.txt", 2, "letter.txt:1: neither an event trace nor an Android log"},
+        {"replay - -", 2, "standard input (-) can be an input only once"},
+        {"import trace.jsonl", 2, "trace.jsonl:1: an event trace, where only"},
+        {"import file", 2, "file:1: neither"},
+        {"replay --root file trace.jsonl", 1, "cannot make"},
+        {"replay --root /proc/none trace.jsonl", 1, "cannot make"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        const auto result = mProgram.run(c.arguments);
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_EQ(result.out, "");
+    }
+    for (const char* arguments : {"--help", "replay --help", "import --help"}) {
+        SCOPED_TRACE(arguments);
+        const auto result = mProgram.run(arguments);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_NE(result.out.find("Example"), std::string::npos);
+    }
+    EXPECT_EQ(mProgram.run("--version").out, "kestrelhost, feature version 1.0\n");
+}
+
+TEST_F(ProgramTest, WhatArrivesLiveBeforeAWrongLineStaysStored) {
+    const auto result =
+        mProgram.run("replay --json --root root -",
+                     std::string(LAUNCH) + FRAME + LEAVE + "{\"t\":700}\n" + LAUNCH);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "-:4: the key \"hintId\" is missing\n");
+    EXPECT_EQ(eventTimes(result.out), (std::vector<int64_t>{10, 500, 600}));
+    const auto lines = splitLines(result.out);
+    EXPECT_EQ(nlohmann::json::parse(lines.front()).at("t"), 0);
+    EXPECT_EQ(lines.back(), R"({"kind":"stop","t":600})");
+    const auto later =
+        mProgram.run("replay --json --root root -", R"({"t":1,"query":3,"appName":"com.a"})");
+    EXPECT_NE(later.out.find(R"("result":0,"value":490})"), std::string::npos) << later.out;
+}
+
+TEST_F(ProgramTest, InputsFollowEachOtherOnOneClock) {
+    mProgram.write("a.jsonl", std::string("{\"host\":{\"ignoredApps\":[\"com.x\"]}}\n") + LAUNCH +
+                                  FRAME + LEAVE);
+    mProgram.write("b.jsonl", std::string(LAUNCH) + FRAME);
+    mProgram.write("none.jsonl", "# nothing\n");
+    auto result = mProgram.run("replay --json a.jsonl none.jsonl b.jsonl - a.jsonl", LAUNCH);
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(eventTimes(result.out),
+              (std::vector<int64_t>{10, 500, 600, 1600, 2090, 3090, 4090, 4580, 4680}));
+    mProgram.write("c.jsonl", std::string("{\"host\":{}}\n") + LAUNCH);
+    result = mProgram.run("replay a.jsonl c.jsonl");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err.find("c.jsonl: its host set-up differs from that of a.jsonl"), 0U);
+    mProgram.write("host.json", R"({"host":{}})");
+    EXPECT_EQ(mProgram.run("replay --host host.json a.jsonl c.jsonl").status, 0);
+    mProgram.write("late.jsonl", R"({"t":9223372036854775807,"hintId":1})");
+    result = mProgram.run("replay --root root late.jsonl b.jsonl");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err.find("b.jsonl:1: \"t\" does not fit"), 0U) << result.err;
+    EXPECT_FALSE(std::filesystem::exists(mProgram.path("root")));
+}
+
+TEST_F(ProgramTest, RunsOnARootContinueAndStayBelowIt) {
+    mProgram.write("trace.jsonl", std::string(LAUNCH) + FRAME + LEAVE);
+    const std::string before = mProgram.run("replay --json trace.jsonl").out;
+    EXPECT_EQ(mProgram.run("replay --json --root root trace.jsonl").out, before);
+    for (int life = 2; life <= 5; ++life) {
+        EXPECT_EQ(mProgram.run("replay --json --no-sync --root root/. trace.jsonl").out, before);
+    }
+    const std::string learned = mProgram.run("replay --json --root root trace.jsonl").out;
+    EXPECT_NE(learned.find(R"("text":"Data Complete - Eval Required","value":750)"),
+              std::string::npos)
+        << learned;
+    std::set<std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(mProgram.path("root"))) {
+        if (entry.is_regular_file() && entry.path().extension() == ".db") {
+            files.insert(std::filesystem::relative(entry.path(), mProgram.path("root")));
+        }
+    }
+    EXPECT_EQ(files, (std::set<std::string>{"data/vendor/lm/KestrelStarts.db",
+                                            "data/vendor/lm/KestrelStartsAction.db",
+                                            "data/vendor/lm/KestrelStartsState.db"}));
+}
+
+TEST_F(ProgramTest, NamesAreCutForTheServiceAndPrintedAsText) {
+    // The cut at 127 bytes falls into the last letter.
+    const std::string name = std::string(126, 'a') + "\u00e4";
+    mProgram.write("trace.jsonl",
+                   R"({"t":1,"hintId":4225,"hintType":1,"appName":")" + name + "\"}\n");
+    const std::string out = mProgram.run("replay --json trace.jsonl").out;
+    EXPECT_NE(out.find("\"app\":\"" + std::string(126, 'a') + "\ufffd\",\"duration\":15000"),
+              std::string::npos)
+        << out;
+    EXPECT_NE(out.find("\"appName\":\"" + name + '"'), std::string::npos);
+}
+
+TEST_F(ProgramTest, PeopleSeeLaunchesAndATableWithinEightyColumns) {
+    std::string trace;
+    int64_t t = 90000000;
+    const std::string app = "com.example.an.app.with.a.rather.long.name/.MainActivity";
+    for (int i = 0; i < 7; ++i, t += 60000) {
+        const auto event = [&](int64_t at, const char* rest, const std::string& name) {
+            trace += "{\"t\":" + std::to_string(at) + ",\"hintId\":" + rest + ",\"appName\":\"" +
+                     name + "\"}\n";
+        };
+        event(t, "4225,\"hintType\":1", app);
+        event(t + 1000, "4103", app);
+        event(t + 2000, "4097", "com.other");
+    }
+    mProgram.write("trace.jsonl", trace);
+    const auto lines = splitLines(mProgram.run("replay trace.jsonl").out);
+    ASSERT_GT(lines.size(), 3U);
+    for (const std::string& line : lines) {
+        EXPECT_LE(line.size(), 80U) << line;
+    }
+    EXPECT_EQ(lines[2],
+              "  1d 01:00:00.000  ..ther.long.name/.MainActivity  learning    2000   15000");
+    EXPECT_EQ(lines[3], "  1d 01:00:02.000  ..ther.long.name/.MainActivity  measured 1000 ms");
+    EXPECT_EQ(lines.back(),
+              "..ther.long.name/.MainActivity        7        5  learned         1000      1");
+}
+
+TEST_F(ProgramTest, LogsAreImportedAsTheyAreReplayed) {
+    const std::string log =
+        "03-01 10:00:00.000  1000  1001 I ActivityManager: START u0 {flg=0x10000000 "
+        "cmp=com.a/.Main} from uid 1\n"
+        "03-01 10:00:00.600  1000  1001 I ActivityManager: Displayed com.a/.Main: +550ms\n";
+    mProgram.write("log.txt", log);
+    mProgram.write("host.json", R"({"host":{"games":["com.a"]}})");
+    const auto imported = mProgram.run("import --host host.json log.txt log.txt");
+    EXPECT_EQ(imported.out,
+              R"({"t":5220000000,"hintId":4225,"hintType":1,"appName":"com.a","launchType":2})"
+              "\n"
+              R"({"t":5220000550,"hintId":4103,"appName":"com.a"})"
+              "\n"
+              R"({"t":5220001550,"hintId":4225,"hintType":1,"appName":"com.a","launchType":2})"
+              "\n"
+              R"({"t":5220002100,"hintId":4103,"appName":"com.a"})"
+              "\n");
+    EXPECT_EQ(mProgram.run("import --host host.json -", log).out,
+              mProgram.run("import --host host.json log.txt").out);
+    mProgram.write("events.jsonl", imported.out);
+    const auto withoutLines = [](std::string stream) {
+        std::string kept;
+        for (const std::string& line : splitLines(stream)) {
+            auto record = nlohmann::ordered_json::parse(line);
+            record.erase("line");
+            kept += record.dump() + "\n";
+        }
+        return kept;
+    };
+    EXPECT_EQ(withoutLines(mProgram.run("replay --json --host host.json log.txt log.txt").out),
+              withoutLines(mProgram.run("replay --json --host host.json events.jsonl").out));
+}
+
+}  // namespace

@@ -1,0 +1,392 @@
+// The typed store on real files.
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include "learning/LearningRecords.h"
+#include "lmdb/LMDatabaseImpl.h"
+#include "tests/support/TestHost.h"
+
+namespace {
+
+using InputDb = LMDatabase<KSInputDbData>;
+using Rows = LMDBDataTable<KSInputDbData>::vecT;
+
+class StoreTest : public testing::Test {
+ protected:
+    std::unique_ptr<InputDb> open() {
+        auto db = std::make_unique<InputDb>(0, "test.db", "launches");
+        EXPECT_EQ(db->openLMdb(), LMDB_SUCCESS);
+        return db;
+    }
+
+    static LMDBDataRow<KSInputDbData>* newRow(InputDb& db, const std::string& app,
+                                              int32_t durationMs) {
+        LMDBDataRow<KSInputDbData>* row = db.getRow(1).front();
+        row->appName = app;
+        row->intcol1 = 4225;
+        row->blob.launchDuration = durationMs;
+        return row;
+    }
+
+    static void write(InputDb& db, Rows rows) {
+        EXPECT_EQ(db.writeDeallocateDR<KSInputDbData>(rows), 0);
+        EXPECT_TRUE(rows.empty());
+    }
+
+    static Rows read(InputDb& db, LMDBDataRowKey key = {}) {
+        return db.readAllocateDR<KSInputDbData>(key);
+    }
+
+    // The durations that match `key`, in the order of the read.
+    static std::vector<int> durations(InputDb& db, LMDBDataRowKey key = {}) {
+        Rows rows = read(db, key);
+        std::vector<int> values;
+        for (const auto* row : rows) {
+            values.push_back(row->blob.launchDuration);
+        }
+        db.freeRow(rows);
+        return values;
+    }
+
+    static void exec(InputDb& db, const std::string& sql) {
+        ASSERT_EQ(sqlite3_exec(db.dbHandle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(db.dbHandle);
+    }
+
+    static LMDBDataRowKey keyOf(const std::string& app) {
+        LMDBDataRowKey key;
+        key.appName = app;
+        return key;
+    }
+
+    TestHost mHost;
+};
+
+TEST_F(StoreTest, RowsSurviveClosingAndKeepTheirBytes) {
+    auto db = open();
+    Rows rows = db->getRow(1);
+    rows.front()->appName = std::string("com.a\0b/.Ünïcode'", 18);
+    rows.front()->rsvdName = "second";
+    rows.front()->intcol1 = -5;
+    rows.front()->blob = {123, 456};
+    write(*db, rows);
+    db.reset();
+    EXPECT_TRUE(std::filesystem::exists(mHost.databaseDirectory() / "test.db"));
+
+    db = open();
+    rows = read(*db);
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows.front()->rowid, 1);
+    EXPECT_EQ(rows.front()->appName, std::string("com.a\0b/.Ünïcode'", 18));
+    EXPECT_EQ(rows.front()->rsvdName, "second");
+    EXPECT_EQ(rows.front()->intcol1, -5);
+    EXPECT_EQ(rows.front()->blob.launchDuration, 123);
+    EXPECT_EQ(rows.front()->blob.secondMetric, 456);
+    db->freeRow(rows);
+    EXPECT_EQ(mHost.takeLog(), Lines{});
+}
+
+TEST_F(StoreTest, FileHasTheSchemaAndTheJournalThatOthersRead) {
+    auto db = open();
+    sqlite3_stmt* statement = nullptr;
+    const auto text = [&](const char* sql) {
+        sqlite3_prepare_v2(db->dbHandle, sql, -1, &statement, nullptr);
+        sqlite3_step(statement);
+        std::string result = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+        sqlite3_finalize(statement);
+        return result;
+    };
+    EXPECT_EQ(text("SELECT sql FROM sqlite_master"),
+              "CREATE TABLE launches(intcol1 INTEGER, appName TEXT NOT null, rsvdName TEXT, "
+              "blob BLOB)");
+    EXPECT_EQ(text("PRAGMA journal_mode"), "wal");
+}
+
+TEST_F(StoreTest, FlushInsertsNewRowsAndUpdatesStoredOnesInPlace) {
+    auto db = open();
+    write(*db, {newRow(*db, "a", 1), newRow(*db, "b", 2)});
+    Rows rows = read(*db, keyOf("a"));
+    ASSERT_EQ(rows.size(), 1U);
+    rows.front()->blob.launchDuration = 11;
+    rows.push_back(nullptr);
+    rows.push_back(newRow(*db, "c", 3));
+    write(*db, rows);
+    EXPECT_EQ(durations(*db), (std::vector<int>{11, 2, 3}));
+}
+
+TEST_F(StoreTest, UnsetColumnsAreNullWhateverTheRowBeforeHad) {
+    auto db = open();
+    Rows rows = {newRow(*db, "a", 1), newRow(*db, "b", 2)};
+    rows[0]->rsvdName = "x";
+    rows[1]->intcol1 = LMDB_UNSET_INT;
+    write(*db, rows);
+    rows = read(*db, keyOf("b"));
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows.front()->intcol1, LMDB_UNSET_INT);
+    EXPECT_EQ(rows.front()->rsvdName, "");
+    db->freeRow(rows);
+    LMDBDataRowKey key;
+    key.rsvdName = "x";
+    EXPECT_EQ(db->getCountDR<KSInputDbData>(key), 1);
+}
+
+TEST_F(StoreTest, ARowThatTheTableRefusesIsDroppedAndTheOthersAreStored) {
+    auto db = open();
+    write(*db, {newRow(*db, "a", 1), newRow(*db, "", 2), newRow(*db, "c", 3)});
+    EXPECT_EQ(durations(*db), (std::vector<int>{1, 3}));
+    EXPECT_EQ(mHost.takeLog(),
+              (Lines{"writeCachedDRToDisk() 321: sql:ERROR:Dbt=launches info=19",
+                     "writeCachedDRToDisk() 322: sql:ERROR:Dbt=launches info=19"}));
+    const std::lock_guard<std::mutex> lock(db->clstMutex);
+    EXPECT_TRUE(db->clst.empty());
+}
+
+TEST_F(StoreTest, WithoutATransactionEachRowIsStoredByItself) {
+    auto db = open();
+    exec(*db, "BEGIN");
+    Rows rows = {newRow(*db, "a", 1)};
+    EXPECT_EQ(db->writeDeallocateDR<KSInputDbData>(rows), -1);
+    EXPECT_EQ(durations(*db), std::vector<int>{1});
+    EXPECT_EQ(mHost.takeLog(),
+              (Lines{"writeCachedDRToDisk() 271: sql:ERROR:Dbt=launches info=cannot start a "
+                     "transaction within a transaction",
+                     "writeCachedDRToDisk() 326: sql:ERROR:Dbt=launches info=cannot commit - no "
+                     "transaction is active",
+                     "writeCachedDRToDisk() 326: sql:ERROR:Dbt=launches info=cannot rollback - no "
+                     "transaction is active"}));
+}
+
+TEST_F(StoreTest, RowsThatCannotBeWrittenYetStayCached) {
+    auto db = open();
+    exec(*db, "DROP TABLE launches");
+    Rows rows = {newRow(*db, "a", 1)};
+    EXPECT_EQ(db->writeDeallocateDR<KSInputDbData>(rows), -1);
+    EXPECT_EQ(mHost.takeLog(),
+              Lines{"writeCachedDRToDisk() 263: ERROR:Dbt=launches info=no such table: launches"});
+    EXPECT_EQ(read(*db), Rows{});
+    LMDBDataRowKey all;
+    EXPECT_EQ(db->getCountDR<KSInputDbData>(all), 0);
+    rows = db->getRow(1);
+    EXPECT_EQ(db->deleteDeallocateDR<KSInputDbData>(rows), -1);
+    EXPECT_TRUE(rows.empty());
+    EXPECT_EQ(
+        mHost.takeLog(),
+        (Lines{"readAllocateDR() 448: sql:ERROR:Dbt=launches info=no such table: launches",
+               "getCountDR() 390: sql:ERROR:Dbt=launches info=no such table: launches",
+               "deleteDeallocateDR() 554: sql:ERROR:Dbt=launches info=no such table: launches"}));
+    // The next flush that can takes them, here the one of closing.
+    exec(*db, "CREATE TABLE launches(intcol1 INTEGER, appName TEXT, rsvdName TEXT, blob BLOB)");
+    db.reset();
+    EXPECT_EQ(durations(*open()), std::vector<int>{1});
+}
+
+TEST_F(StoreTest, DeleteRemovesStoredRowsAndOnlyFreesOthers) {
+    auto db = open();
+    write(*db, {newRow(*db, "a", 1), newRow(*db, "b", 2), newRow(*db, "a", 3)});
+    Rows rows = read(*db, keyOf("a"));
+    rows.insert(rows.begin() + 1, nullptr);
+    rows.push_back(newRow(*db, "b", 4));
+    EXPECT_EQ(db->deleteDeallocateDR<KSInputDbData>(rows), 0);
+    EXPECT_TRUE(rows.empty());
+    EXPECT_EQ(durations(*db), std::vector<int>{2});
+    EXPECT_EQ(mHost.takeLog(), Lines{});
+}
+
+TEST_F(StoreTest, ReadsAreLimitedAndOrderedAsAsked) {
+    auto db = open();
+    write(*db, {newRow(*db, "b", 1), newRow(*db, "a", 2), newRow(*db, "c", 3)});
+    LMDBDataRowKey all;
+    Rows rows = db->readAllocateDR<KSInputDbData>(all, 2, lmdbOrderByCol::appName,
+                                                  lmdbOrderByDir::descending);
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_EQ(rows[0]->appName + rows[1]->appName, "cb");
+    db->freeRow(rows);
+
+    exec(*db,
+         "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n WHERE i < 10001) "
+         "INSERT INTO launches SELECT 1, 'many', NULL, x'0100000002000000' FROM n");
+    rows = read(*db, keyOf("many"));
+    EXPECT_EQ(rows.size(), 10000U);
+    EXPECT_EQ(rows.back()->blob.secondMetric, 2);
+    db->freeRow(rows);
+    LMDBDataRowKey many = keyOf("many");
+    EXPECT_EQ(db->getCountDR<KSInputDbData>(many), 10001);
+    EXPECT_EQ(mHost.takeLog(), Lines{});
+}
+
+TEST_F(StoreTest, ForeignRowsAreReadAsFarAsTheyGo) {
+    auto db = open();
+    exec(*db,
+         "INSERT INTO launches VALUES (NULL, 17, NULL, x'01'), (7, 'long', 'r', "
+         "x'010000000200000003'), ('text', 'n', NULL, NULL)");
+    Rows rows = read(*db);
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_EQ(rows[0]->appName, "17");
+    EXPECT_EQ(rows[0]->intcol1, LMDB_UNSET_INT);
+    EXPECT_EQ(rows[0]->blob.launchDuration, 1);
+    EXPECT_EQ(rows[1]->blob.secondMetric, 2);
+    EXPECT_EQ(rows[2]->intcol1, 0);
+    EXPECT_EQ(rows[2]->blob.launchDuration, 0);
+    db->freeRow(rows);
+}
+
+TEST_F(StoreTest, KeyTexts) {
+    const struct {
+        const char* name;
+        LMDBDataRowKey key;
+        const char* text;
+    } cases[] = {
+        {"nothing set", {}, ""},
+        {"app", {LMDB_UNSET_INT, "demo", ""}, "WHERE (appName) = ('demo') "},
+        {"app and number", {3, "demo", ""}, "WHERE (appName,intcol1) = ('demo',3) "},
+        {"second name and negative", {-1, "", "x"}, "WHERE (rsvdName,intcol1) = ('x',-1) "},
+        {"all", {7, "demo", "x"}, "WHERE (appName,rsvdName,intcol1) = ('demo','x',7) "},
+        {"smallest", {-2147483648, "", ""}, "WHERE (intcol1) = (-2147483648) "},
+        {"quotes", {LMDB_UNSET_INT, "a'b''", ""}, "WHERE (appName) = ('a''b''''') "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        LMDBDataRowKey key = c.key;
+        std::string query = "x ";
+        InputDb::build_query_for_where_clause(key, query);
+        EXPECT_EQ(query, std::string("x ") + c.text);
+    }
+}
+
+TEST_F(StoreTest, NamesWithQuotesAndSqlAreOnlyNames) {
+    auto db = open();
+    const std::string name = "x'); DROP TABLE launches; --";
+    write(*db, {newRow(*db, name, 1), newRow(*db, "x", 2)});
+    EXPECT_EQ(durations(*db, keyOf(name)), std::vector<int>{1});
+}
+
+TEST_F(StoreTest, GetRowMakesAtMostAHundredBlankRows) {
+    auto db = open();
+    EXPECT_TRUE(db->getRow(0).empty());
+    Rows rows = db->getRow(250);
+    ASSERT_EQ(rows.size(), 100U);
+    EXPECT_EQ(rows.back()->rowid, 0);
+    EXPECT_EQ(rows.back()->intcol1, 2147483647);
+    EXPECT_EQ(rows.back()->blob.launchDuration, 0);
+    delete rows[1];
+    rows[1] = nullptr;
+    db->freeRow(rows);
+    EXPECT_TRUE(rows.empty());
+
+    LMDatabase<KSPerfdOutput> output(0, "", "output_table");
+    auto outputRows = output.getRow(1);
+    const KSPerfdOutput zero{};
+    EXPECT_EQ(std::memcmp(&outputRows.front()->blob, &zero, sizeof(zero)), 0);
+    output.freeRow(outputRows);
+}
+
+TEST_F(StoreTest, AMemoryDatabaseTouchesNoFile) {
+    InputDb db(0, "", "launches");
+    EXPECT_EQ(db.LMDatabaseInit(), LMDB_SUCCESS);
+    write(db, {newRow(db, "a", 1)});
+    EXPECT_EQ(durations(db), std::vector<int>{1});
+    EXPECT_TRUE(std::filesystem::is_empty(mHost.databaseDirectory()));
+    EXPECT_EQ(db.closeLMdb(), 0);
+    EXPECT_EQ(db.closeLMdb(), 0);
+}
+
+TEST_F(StoreTest, AFailedOpenLeavesNothingOpen) {
+    for (const char* file : {"missing/test.db", "../../../outside.db"}) {
+        SCOPED_TRACE(file);
+        {
+            InputDb db(0, file, "launches");
+            EXPECT_EQ(db.openLMdb(), LMDB_FAILURE);
+            EXPECT_EQ(db.dbHandle, nullptr);
+        }
+        EXPECT_EQ(mHost.takeLog(),
+                  Lines{std::string("LMDB: openLMdb() 172: ERROR:Db=/data/vendor/lm/") + file +
+                        " sql open failed, err=14"});
+    }
+}
+
+TEST_F(StoreTest, AFailedTableLeavesTheDatabaseOpen) {
+    open()->closeLMdb();
+    InputDb db(0, "test.db", "no table");
+    EXPECT_EQ(db.openLMdb(), LMDB_FAILURE);
+    EXPECT_NE(db.dbHandle, nullptr);
+    EXPECT_EQ(
+        mHost.takeLog(),
+        Lines{"createLMdbTables() 203: ERROR:Dbt=no table info=near \"table\": syntax error"});
+}
+
+TEST_F(StoreTest, CloseIsRefusedWhileAStatementLives) {
+    auto db = open();
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(db->dbHandle, "SELECT 1", -1, &statement, nullptr);
+    EXPECT_EQ(db->closeLMdb(), -1);
+    EXPECT_NE(db->dbHandle, nullptr);
+    EXPECT_EQ(mHost.takeLog(), Lines{"LMDB: closeLMdb() 223: ERROR:Db=/data/vendor/lm/test.db sql "
+                                     "close failed, err=5"});
+    sqlite3_finalize(statement);
+    EXPECT_EQ(db->closeLMdb(), 0);
+}
+
+TEST_F(StoreTest, RowsOfADatabaseThatWasNeverOpenedAreLostAloud) {
+    {
+        InputDb db(0, "test.db", "launches");
+        Rows rows = db.getRow(3);
+        EXPECT_EQ(db.writeDeallocateDR<KSInputDbData>(rows), -1);
+        EXPECT_TRUE(rows.empty());
+        EXPECT_EQ(db.LMDatabaseWriteCachedToDisk(), -1);
+        rows = db.getRow(2);
+        EXPECT_EQ(db.deleteDeallocateDR<KSInputDbData>(rows), -1);
+        EXPECT_TRUE(rows.empty());
+        EXPECT_EQ(db.deleteDeallocateDR<KSInputDbData>(rows), 0);
+        EXPECT_EQ(db.writeDeallocateDR<KSInputDbData>(rows), 0);
+    }
+    EXPECT_EQ(mHost.takeLog(),
+              Lines{"LMDB: ~LMDBDataTable() 78: ERROR:Dbt=launches blstSz=0, clstSz=3"});
+    EXPECT_TRUE(std::filesystem::is_empty(mHost.databaseDirectory()));
+}
+
+TEST_F(StoreTest, BoundedCopyTakesTheSmallerSize) {
+    unsigned char small[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+    unsigned char large[536];
+    std::memset(large, 0xEE, sizeof(large));
+    EXPECT_EQ(InputDb::LMDB_memscpy(large, sizeof(large), small, sizeof(small)), 8U);
+    EXPECT_EQ(large[7], 8);
+    EXPECT_EQ(large[8], 0xEE);
+    EXPECT_EQ(InputDb::LMDB_memscpy(small, sizeof(small), large + 8, 528), 8U);
+    EXPECT_EQ(small[7], 0xEE);
+    EXPECT_EQ(InputDb::LMDB_memscpy(small, 0, large, 8), 0U);
+}
+
+}  // namespace
+
+// Two payloads in one file: a table each, in the order of the list.
+struct OtherPayload {
+    int64_t value;
+};
+using TwoTables = LMDatabase<KSInputDbData, OtherPayload>;
+template class LMDBDataTable<OtherPayload>;
+template class LMDatabase<KSInputDbData, OtherPayload>;
+
+namespace {
+
+TEST_F(StoreTest, TwoPayloadsShareAFile) {
+    TwoTables db(0, "two.db", "first", "second");
+    ASSERT_EQ(db.openLMdb(), LMDB_SUCCESS);
+    LMDBDataTable<OtherPayload>& second = db;
+    auto rows = second.getRow(1);
+    rows.front()->appName = "a";
+    rows.front()->blob.value = 1LL << 40;
+    EXPECT_EQ(db.writeDeallocateDR<OtherPayload>(rows), 0);
+    LMDBDataRowKey all;
+    EXPECT_EQ(db.getCountDR<KSInputDbData>(all), 0);
+    rows = db.readAllocateDR<OtherPayload>(all);
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows.front()->blob.value, 1LL << 40);
+    second.freeRow(rows);
+}
+
+}  // namespace

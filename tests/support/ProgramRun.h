@@ -1,0 +1,57 @@
+#pragma once
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tools/TemporaryDirectory.h"
+
+// Runs kestrelhost as a user does, in a directory of its own.
+class ProgramRun {
+ public:
+    struct Result {
+        int status;
+        std::string out;
+        std::string err;
+    };
+
+    // Makes a file in the directory and returns its name there.
+    std::string write(const std::string& name, const std::string& content) const {
+        std::ofstream(path(name), std::ios::binary) << content;
+        return name;
+    }
+
+    std::filesystem::path path(const std::string& name) const { return mDirectory.path() / name; }
+
+    // `arguments` as for the shell; `input` is what comes on standard input.
+    Result run(const std::string& arguments, const std::string& input = "") const {
+        write("stdin", input);
+        const std::string command = "cd '" + mDirectory.path().string() + "' && '" +
+                                    KESTREL_PROGRAM + "' " + arguments + " <stdin >stdout 2>stderr";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read("stdout"), read("stderr")};
+    }
+
+    std::string read(const std::string& name) const {
+        std::ifstream file(path(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+ private:
+    TemporaryDirectory mDirectory;
+};
+
+inline std::vector<std::string> splitLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
