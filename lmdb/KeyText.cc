@@ -3,31 +3,43 @@
 #include <string_view>
 
 #include "lmdb/LMLog.h"
-#include "lmdb/LMStatement.h"
 
 namespace lmstore {
 
 namespace {
 
-std::string quoted(std::string_view text) {
-    std::string result = "'";
+// Appends "'TEXT'", with the single quotes in it doubled.
+void appendQuoted(std::string_view text, std::string& query) {
+    query += '\'';
     for (const char c : text) {
         if (c == '\'') {
-            result += '\'';
+            query += '\'';
         }
-        result += c;
+        query += c;
     }
-    return result += '\'';
+    query += '\'';
 }
 
-void appendColumn(std::string& names, std::string& values, std::string_view name,
-                  const std::string& value) {
-    if (!names.empty()) {
-        names += ',';
-        values += ',';
+// Calls `append` for each column that is set, in their fixed order, with a "," between them.
+template <class Append>
+void forEachSetColumn(const LMDBDataRowKey& key, std::string& query, Append append) {
+    bool isFirst = true;
+    const auto next = [&](const char* name, const std::string* text) {
+        if (!isFirst) {
+            query += ',';
+        }
+        isFirst = false;
+        append(name, text);
+    };
+    if (!key.appName.empty()) {
+        next("appName", &key.appName);
     }
-    names += name;
-    values += value;
+    if (!key.rsvdName.empty()) {
+        next("rsvdName", &key.rsvdName);
+    }
+    if (key.intcol1 != LMDB_UNSET_INT) {
+        next("intcol1", nullptr);
+    }
 }
 
 const char* columnName(lmdbOrderByCol column) {
@@ -49,28 +61,32 @@ const char* columnName(lmdbOrderByCol column) {
 }  // namespace
 
 void appendWhereClause(const LMDBDataRowKey& key, std::string& query) {
+    if (key.appName.empty() && key.rsvdName.empty() && key.intcol1 == LMDB_UNSET_INT) {
+        return;
+    }
     const auto append = [&] {
-        std::string names;
-        std::string values;
-        if (!key.appName.empty()) {
-            appendColumn(names, values, "appName", quoted(key.appName));
-        }
-        if (!key.rsvdName.empty()) {
-            appendColumn(names, values, "rsvdName", quoted(key.rsvdName));
-        }
-        if (key.intcol1 != LMDB_UNSET_INT) {
-            appendColumn(names, values, "intcol1", std::to_string(key.intcol1));
-        }
-        if (!names.empty()) {
-            query += "WHERE (" + names + ") = (" + values + ") ";
-        }
+        query += "WHERE (";
+        forEachSetColumn(key, query, [&](const char* name, const std::string*) { query += name; });
+        query += ") = (";
+        forEachSetColumn(key, query, [&](const char*, const std::string* text) {
+            if (text != nullptr) {
+                appendQuoted(*text, query);
+            } else {
+                query += std::to_string(key.intcol1);
+            }
+        });
+        query += ") ";
     };
-    guarded(append, [](const char* what) {
+    guarded(append, [&](const char* what) {
         constexpr const char* FUNCTION = "build_query_for_where_clause";
         if (what != nullptr) {
             LM_LOG("LMDB", FUNCTION, 796, "Caught exception: %s", what);
         } else {
-            LM_LOG("LMDB", FUNCTION, 798, "%s", UNKNOWN_STRING_EXCEPTION);
+            LM_LOG("LMDB", FUNCTION, 798, "Error in std::string operations");
+        }
+        // What is left must not be a statement: without its condition it would select every row.
+        if (!query.empty()) {
+            query.back() = '(';
         }
     });
 }

@@ -20,7 +20,8 @@ struct sqlite3;
 //            lmdb/LMDBDataTable.h.
 // Threads:   constructed, opened and destroyed while nobody else uses it. Row operations from any
 //            thread: the cached rows are locked, and SQLite serialises the connection. Two flushes
-//            at once share one transaction, so the second one's BEGIN fails and is logged.
+//            at once share one transaction, so the second one's BEGIN fails and is logged. The
+//            message of an error can be that of another thread's call, made since.
 // Errors:    logged where they happen; no row operation lets an exception out, but for
 //            writeDeallocateDR, which throws std::bad_alloc before it has taken any row. With no
 //            open database, reads are empty and rows that were handed over stay cached.
@@ -38,9 +39,10 @@ class LMDatabase : public LMDBDataTable<Ts>... {
     ~LMDatabase();
 
     // Opens the file, switches it to write-ahead logging and creates the tables, in the order of
-    // the payload types. 0, or -1 after logging why.
-    int openLMdb();
-    int LMDatabaseInit();  // the same as openLMdb
+    // the payload types. 0, or -1 after logging why. Throws std::bad_alloc before it opens.
+    // REQUIRES: called at most once.
+    [[nodiscard]] int openLMdb();
+    [[nodiscard]] int LMDatabaseInit();  // the same as openLMdb
 
     // 0: closed, or nothing was open. -1: SQLite refused, and the connection stays open.
     int closeLMdb();
@@ -67,6 +69,7 @@ class LMDatabase : public LMDBDataTable<Ts>... {
     template <class T>
     lmdbError writeCachedDRToDisk();
 
+    // REQUIRES, here and below: the rows come from getRow or readAllocateDR of this database.
     // Takes the rows over, empties `rows` and flushes. 0 or -1 as writeCachedDRToDisk; 0 for none.
     template <class T>
     int writeDeallocateDR(typename LMDBDataTable<T>::vecT& rows);
@@ -91,9 +94,6 @@ class LMDatabase : public LMDBDataTable<Ts>... {
 
  private:
     int createLMdbTables();
-    template <class T>
-    bool createTable();
-    std::string databasePath() const;
 };
 
 // "template class" does not reach the member templates, so each is named.

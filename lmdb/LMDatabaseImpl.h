@@ -9,13 +9,46 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <utility>
 
 #include "lmdb/KeyText.h"
+#include "lmdb/LMConnection.h"
 #include "lmdb/LMDatabase.h"
 #include "lmdb/LMLog.h"
 #include "lmdb/LMStatement.h"
+
+namespace lmstore {
+
+inline std::size_t boundedCopy(void* destination, std::size_t destinationSize, const void* source,
+                               std::size_t sourceSize) {
+    const std::size_t size = std::min(destinationSize, sourceSize);
+    if (size > 0) {
+        std::memcpy(destination, source, size);
+    }
+    return size;
+}
+
+// Rows that have left the cache, freed with this object.
+template <class T>
+struct OwnedRows {
+    OwnedRows() = default;
+    ~OwnedRows() { free(); }
+    OwnedRows(const OwnedRows&) = delete;
+    OwnedRows& operator=(const OwnedRows&) = delete;
+
+    void free() {
+        for (LMDBDataRow<T>* row : rows) {
+            delete row;
+        }
+        rows.clear();
+    }
+
+    std::list<LMDBDataRow<T>*> rows;
+};
+
+}  // namespace lmstore
 
 // ---- LMDBDataTable
 
@@ -24,16 +57,15 @@ LMDBDataTable<T>::LMDBDataTable(std::string name) : tableName(std::move(name)) {
 
 template <class T>
 LMDBDataTable<T>::~LMDBDataTable() {
-    const std::lock_guard<std::mutex> lock(clstMutex);
-    if (clst.empty()) {
-        return;
+    lmstore::OwnedRows<T> lost;
+    {
+        const std::lock_guard<std::mutex> lock(clstMutex);
+        lost.rows.swap(clst);
     }
-    LM_LOG("LMDB", "~LMDBDataTable", 78, "ERROR:Dbt=%s blstSz=%d, clstSz=%d\n", tableName.c_str(),
-           0, static_cast<int>(clst.size()));
-    for (LMDBDataRow<T>* row : clst) {
-        delete row;
+    if (!lost.rows.empty()) {
+        LM_LOG("LMDB", "~LMDBDataTable", 78, "ERROR:Dbt=%s blstSz=%d, clstSz=%d\n",
+               tableName.c_str(), 0, static_cast<int>(lost.rows.size()));
     }
-    clst.clear();
 }
 
 template <class T>
@@ -80,32 +112,20 @@ LMDatabase<Ts...>::LMDatabase(uint64_t tag, std::string fileName, TableName<Ts>.
 
 template <class... Ts>
 LMDatabase<Ts...>::~LMDatabase() {
-    // Both operations log what they catch; the net is for the message of a refused close.
-    guarded(
-        [this] {
-            (writeCachedDRToDisk<Ts>(), ...);
-            closeLMdb();
-        },
-        [](const char*) {});
-}
-
-template <class... Ts>
-std::string LMDatabase<Ts...>::databasePath() const {
-    return dbFileName.empty() ? ":memory:" : dbDir + dbFileName;
+    (writeCachedDRToDisk<Ts>(), ...);
+    // The net is for the message of a refused close, which may lack memory.
+    guarded([this] { closeLMdb(); }, [](const char*) {});
 }
 
 template <class... Ts>
 int LMDatabase<Ts...>::openLMdb() {
-    const std::string path = databasePath();
-    const int code = lmstore::open(path, dbHandle);
-    if (code != 0) {
-        LM_LOG("LMDB", "openLMdb", 172, "ERROR:Db=%s sql open failed, err=%d\n", path.c_str(),
-               code);
+    const std::string path = lmstore::databasePath(dbDir, dbFileName);
+    if (!lmstore::openConnection(path, dbHandle)) {
         closeLMdb();
         return LMDB_FAILURE;
     }
-    if (!dbFileName.empty() && lmstore::exec(dbHandle, "PRAGMA journal_mode=WAL") != 0) {
-        lmstore::logSqlMessage("openLMdb", 179, path, dbHandle);
+    if (!dbFileName.empty()) {
+        lmstore::useWriteAheadLog(path, dbHandle);
     }
     return createLMdbTables();
 }
@@ -117,28 +137,11 @@ int LMDatabase<Ts...>::LMDatabaseInit() {
 
 template <class... Ts>
 int LMDatabase<Ts...>::createLMdbTables() {
-    int result = LMDB_SUCCESS;
     if (dbHandle == nullptr) {
-        return result;
+        return LMDB_SUCCESS;
     }
-    guarded(
-        [&] { result = (createTable<Ts>() && ...) ? LMDB_SUCCESS : LMDB_FAILURE; },
-        lmstore::OperationExceptionLog{"createLMdbTables", 206, 208, lmstore::UNKNOWN_EXCEPTION});
-    return result;
-}
-
-template <class... Ts>
-template <class T>
-bool LMDatabase<Ts...>::createTable() {
-    const std::string& table = LMDBDataTable<T>::tableName;
-    const std::string sql = "CREATE TABLE IF NOT EXISTS " + table +
-                            "(intcol1 INTEGER, appName TEXT NOT null, rsvdName TEXT, blob BLOB)";
-    if (lmstore::exec(dbHandle, sql.c_str()) == 0) {
-        return true;
-    }
-    LM_LOG_SQL("createLMdbTables", 203, "ERROR:Dbt=%s info=%s\n", table.c_str(),
-               lmstore::errorMessage(dbHandle));
-    return false;
+    const bool created = (lmstore::createTable(dbHandle, LMDBDataTable<Ts>::tableName) && ...);
+    return created ? LMDB_SUCCESS : LMDB_FAILURE;
 }
 
 template <class... Ts>
@@ -146,11 +149,7 @@ int LMDatabase<Ts...>::closeLMdb() {
     if (dbHandle == nullptr) {
         return LMDB_SUCCESS;
     }
-    const std::string path = databasePath();
-    const int code = lmstore::close(dbHandle);
-    if (code != 0) {
-        LM_LOG("LMDB", "closeLMdb", 223, "ERROR:Db=%s sql close failed, err=%d\n", path.c_str(),
-               code);
+    if (!lmstore::closeConnection(dbHandle, dbDir, dbFileName)) {
         return LMDB_FAILURE;
     }
     dbHandle = nullptr;
@@ -164,6 +163,47 @@ int LMDatabase<Ts...>::LMDatabaseWriteCachedToDisk() {
     return allWritten ? LMDB_SUCCESS : LMDB_FAILURE;
 }
 
+// ---- a row and its statements
+
+namespace lmstore {
+
+// Binds the columns of `row`; what is not bound is NULL. The row must outlive the last step.
+template <class T>
+void bindRow(Statement& statement, const LMDBDataRow<T>& row, const char* function,
+             const std::string& table) {
+    statement.clearBindings();
+    if (row.intcol1 != LMDB_UNSET_INT) {
+        expectCode(statement.bindInt(1, row.intcol1), 0, function, 299, table);
+    }
+    if (!row.appName.empty()) {
+        expectCode(statement.bindText(2, row.appName), 0, function, 304, table);
+    }
+    if (!row.rsvdName.empty()) {
+        expectCode(statement.bindText(3, row.rsvdName), 0, function, 309, table);
+    }
+    expectCode(statement.bindBlob(4, &row.blob, sizeof(T)), 0, function, 313, table);
+    // Bound as 32 bits, here and for deletes: the store's own identities never pass that.
+    if (row.rowid != 0) {
+        expectCode(statement.bindInt(5, static_cast<int32_t>(row.rowid)), 0, function, 317, table);
+    }
+}
+
+// Fills a new row from the current row of a read.
+template <class T>
+void readRow(Statement& statement, LMDBDataRow<T>& row) {
+    if (!statement.columnIsNull(0)) {
+        row.intcol1 = statement.columnInt(0);
+    }
+    statement.columnText(1, row.appName);
+    statement.columnText(2, row.rsvdName);
+    std::size_t blobSize = 0;
+    const void* blob = statement.columnBlob(3, blobSize);
+    boundedCopy(&row.blob, sizeof(T), blob, blobSize);
+    row.rowid = statement.columnInt64(4);
+}
+
+}  // namespace lmstore
+
 // ---- LMDatabase: reads
 
 template <class... Ts>
@@ -174,11 +214,7 @@ void LMDatabase<Ts...>::build_query_for_where_clause(LMDBDataRowKey& key, std::s
 template <class... Ts>
 unsigned long LMDatabase<Ts...>::LMDB_memscpy(void* destination, unsigned long destinationSize,
                                               const void* source, unsigned long sourceSize) {
-    const unsigned long size = std::min(destinationSize, sourceSize);
-    if (size > 0) {
-        std::memcpy(destination, source, size);
-    }
-    return size;
+    return lmstore::boundedCopy(destination, destinationSize, source, sourceSize);
 }
 
 template <class... Ts>
@@ -208,82 +244,33 @@ typename LMDBDataTable<T>::vecT LMDatabase<Ts...>::readAllocateDR(LMDBDataRowKey
                 lmstore::expectCode(statement.reset(), 0, FUNCTION, 495, table);
                 break;
             }
-            // The place first, so that a row never hangs in the air when the vector cannot grow.
+            // The place first, and the row in it only when it is complete: half a row must not
+            // reach a caller, who may write it back.
             rows.push_back(nullptr);
-            LMDBDataRow<T>* row = LMDBDataTable<T>::newRow(0);
+            std::unique_ptr<LMDBDataRow<T>> row(LMDBDataTable<T>::newRow(0));
             if (row == nullptr) {
-                rows.pop_back();
                 break;
             }
-            rows.back() = row;
-            if (!statement.columnIsNull(0)) {
-                row->intcol1 = statement.columnInt(0);
-            }
-            statement.columnText(1, row->appName);
-            statement.columnText(2, row->rsvdName);
-            std::size_t blobSize = 0;
-            const void* blob = statement.columnBlob(3, blobSize);
-            LMDB_memscpy(&row->blob, sizeof(T), blob, blobSize);
-            row->rowid = statement.columnInt64(4);
+            lmstore::readRow(statement, *row);
+            rows.back() = row.release();
         }
         lmstore::expectCode(statement.finalize(), 0, FUNCTION, 500, table);
     };
     guarded(read,
             lmstore::OperationExceptionLog{FUNCTION, 503, 505, lmstore::UNKNOWN_STRING_EXCEPTION});
+    if (!rows.empty() && rows.back() == nullptr) {
+        rows.pop_back();
+    }
     return rows;
 }
 
 template <class... Ts>
 template <class T>
 int32_t LMDatabase<Ts...>::getCountDR(LMDBDataRowKey& key) {
-    constexpr const char* FUNCTION = "getCountDR";
-    int32_t count = 0;
-    if (dbHandle == nullptr) {
-        return count;
-    }
-    const std::string& table = LMDBDataTable<T>::tableName;
-    const auto query = [&] {
-        std::string sql = "SELECT COUNT(*) FROM " + table + " ";
-        build_query_for_where_clause(key, sql);
-        lmstore::Statement statement;
-        if (!statement.prepare(dbHandle, sql)) {
-            lmstore::logSqlMessage(FUNCTION, 390, table, dbHandle);
-            return;
-        }
-        if (statement.step() == lmstore::Statement::ROW) {
-            count = statement.columnInt(0);
-        }
-        lmstore::expectCode(statement.finalize(), 0, FUNCTION, 405, table);
-    };
-    guarded(query, lmstore::OperationExceptionLog{FUNCTION, 408, 410, lmstore::UNKNOWN_EXCEPTION});
-    return count;
+    return dbHandle == nullptr ? 0 : lmstore::countRows(dbHandle, LMDBDataTable<T>::tableName, key);
 }
 
 // ---- LMDatabase: writes and deletes
-
-namespace lmstore {
-
-// Binds the columns of `row`; what is not bound is NULL. The row must outlive the last step.
-template <class T>
-void bindRow(Statement& statement, const LMDBDataRow<T>& row, const char* function,
-             const std::string& table) {
-    statement.clearBindings();
-    if (row.intcol1 != LMDB_UNSET_INT) {
-        expectCode(statement.bindInt(1, row.intcol1), 0, function, 299, table);
-    }
-    if (!row.appName.empty()) {
-        expectCode(statement.bindText(2, row.appName), 0, function, 304, table);
-    }
-    if (!row.rsvdName.empty()) {
-        expectCode(statement.bindText(3, row.rsvdName), 0, function, 309, table);
-    }
-    expectCode(statement.bindBlob(4, &row.blob, sizeof(T)), 0, function, 313, table);
-    if (row.rowid != 0) {
-        expectCode(statement.bindInt(5, static_cast<int32_t>(row.rowid)), 0, function, 317, table);
-    }
-}
-
-}  // namespace lmstore
 
 template <class... Ts>
 template <class T>
@@ -294,28 +281,22 @@ lmdbError LMDatabase<Ts...>::writeCachedDRToDisk() {
     }
     const std::string& table = LMDBDataTable<T>::tableName;
     bool committed = false;
-    const auto logPrepareFailure = [&](int line) {
-        LM_LOG_SQL(FUNCTION, line, "ERROR:Dbt=%s info=%s\n", table.c_str(),
-                   lmstore::errorMessage(dbHandle));
-    };
     const auto flush = [&] {
         lmstore::Statement insert;
         if (!insert.prepare(dbHandle, "INSERT INTO " + table +
                                           "(intcol1, appName, rsvdName, blob) VALUES (?,?,?,?)")) {
-            logPrepareFailure(263);
+            lmstore::logMessage(FUNCTION, 263, table, dbHandle);
             return;
         }
         lmstore::Statement update;
         if (!update.prepare(dbHandle, "UPDATE " + table +
                                           " SET (intcol1, appName, rsvdName, blob) = (?,?,?,?) "
                                           "WHERE (rowid) = (?)")) {
-            logPrepareFailure(269);
+            lmstore::logMessage(FUNCTION, 269, table, dbHandle);
             return;
         }
-        // Without a transaction each statement commits by itself, and the flush goes on.
-        lmstore::execInTransaction(dbHandle, "BEGIN IMMEDIATE TRANSACTION;", FUNCTION, 271, table);
-
-        std::list<LMDBDataRow<T>*> taken;
+        lmstore::OwnedRows<T> taken;
+        lmstore::Transaction transaction(dbHandle, FUNCTION, 271, table);
         while (true) {
             {
                 const std::lock_guard<std::mutex> lock(LMDBDataTable<T>::clstMutex);
@@ -323,19 +304,16 @@ lmdbError LMDatabase<Ts...>::writeCachedDRToDisk() {
                 if (cached.empty()) {
                     break;
                 }
-                taken.splice(taken.end(), cached, cached.begin());
+                taken.rows.splice(taken.rows.end(), cached, cached.begin());
             }
-            const LMDBDataRow<T>& row = *taken.back();
+            const LMDBDataRow<T>& row = *taken.rows.back();
             lmstore::Statement& statement = row.rowid != 0 ? update : insert;
             lmstore::bindRow(statement, row, FUNCTION, table);
             lmstore::expectCode(statement.step(), lmstore::Statement::DONE, FUNCTION, 321, table);
             lmstore::expectCode(statement.reset(), 0, FUNCTION, 322, table);
         }
-        for (LMDBDataRow<T>* row : taken) {
-            delete row;
-        }
-        committed =
-            lmstore::execInTransaction(dbHandle, "COMMIT TRANSACTION;", FUNCTION, 326, table);
+        taken.free();
+        committed = transaction.commit(326);
         lmstore::expectCode(insert.finalize(), 0, FUNCTION, 328, table);
         lmstore::expectCode(update.finalize(), 0, FUNCTION, 329, table);
     };
@@ -373,7 +351,7 @@ int LMDatabase<Ts...>::deleteDeallocateDR(typename LMDBDataTable<T>::vecT& rows)
             lmstore::logSqlMessage(FUNCTION, 554, table, dbHandle);
             return;
         }
-        lmstore::execInTransaction(dbHandle, "BEGIN IMMEDIATE TRANSACTION;", FUNCTION, 559, table);
+        lmstore::Transaction transaction(dbHandle, FUNCTION, 559, table);
         for (const LMDBDataRow<T>* row : rows) {
             if (row == nullptr || row->rowid == 0) {
                 continue;
@@ -383,9 +361,7 @@ int LMDatabase<Ts...>::deleteDeallocateDR(typename LMDBDataTable<T>::vecT& rows)
             lmstore::expectCode(statement.step(), lmstore::Statement::DONE, FUNCTION, 566, table);
             lmstore::expectCode(statement.reset(), 0, FUNCTION, 567, table);
         }
-        const bool committed =
-            lmstore::execInTransaction(dbHandle, "COMMIT TRANSACTION;", FUNCTION, 570, table);
-        done = done || committed;
+        done = transaction.commit(570) || done;
         lmstore::expectCode(statement.finalize(), 0, FUNCTION, 572, table);
     };
     if (dbHandle != nullptr) {

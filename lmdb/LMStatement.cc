@@ -78,45 +78,44 @@ const void* Statement::columnBlob(int column, std::size_t& size) {
     return bytes;
 }
 
-int open(const std::string& path, sqlite3*& db) {
-    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-    if (sqlite3_threadsafe() != 1) {
-        // Several threads use one connection, which only serialized mode allows.
-        flags |= SQLITE_OPEN_FULLMUTEX;
+Transaction::Transaction(sqlite3* db, const char* function, int beginLine, const std::string& table)
+    : mDb(db),
+      mFunction(function),
+      mTable(table),
+      mOpen(exec("BEGIN IMMEDIATE TRANSACTION;", beginLine)) {}
+
+Transaction::~Transaction() {
+    if (mOpen) {
+        sqlite3_exec(mDb, "ROLLBACK TRANSACTION;", nullptr, nullptr, nullptr);
     }
-    return sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
 }
 
-int close(sqlite3* db) {
-    return sqlite3_close(db);
+bool Transaction::commit(int line) {
+    mOpen = false;
+    return exec("COMMIT TRANSACTION;", line);
 }
 
-int exec(sqlite3* db, const char* sql) {
-    return sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
-}
-
-const char* errorMessage(sqlite3* db) {
-    return sqlite3_errmsg(db);
-}
-
-bool execInTransaction(sqlite3* db, const char* sql, const char* function, int line,
-                       const std::string& table) {
-    if (exec(db, sql) == SQLITE_OK) {
+bool Transaction::exec(const char* sql, int line) {
+    if (sqlite3_exec(mDb, sql, nullptr, nullptr, nullptr) == SQLITE_OK) {
         return true;
     }
-    logSqlMessage(function, line, table, db);
-    if (exec(db, "ROLLBACK TRANSACTION;") != SQLITE_OK) {
-        logSqlMessage(function, line, table, db);
+    logSqlMessage(mFunction, line, mTable, mDb);
+    if (sqlite3_exec(mDb, "ROLLBACK TRANSACTION;", nullptr, nullptr, nullptr) != SQLITE_OK) {
+        logSqlMessage(mFunction, line, mTable, mDb);
     }
     return false;
 }
 
 void logSqlMessage(const char* function, int line, const std::string& table, sqlite3* db) {
-    LM_LOG_SQL(function, line, "sql:ERROR:Dbt=%s info=%s\n", table.c_str(), errorMessage(db));
+    LM_LOG_SQL(function, line, "sql:ERROR:Dbt=%s info=%s\n", table.c_str(), sqlite3_errmsg(db));
 }
 
 void logSqlCode(const char* function, int line, const std::string& table, int code) {
     LM_LOG_SQL(function, line, "sql:ERROR:Dbt=%s info=%d\n", table.c_str(), code);
+}
+
+void logMessage(const char* function, int line, const std::string& table, sqlite3* db) {
+    LM_LOG_SQL(function, line, "ERROR:Dbt=%s info=%s\n", table.c_str(), sqlite3_errmsg(db));
 }
 
 void OperationExceptionLog::operator()(const char* what) const {

@@ -1,13 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 struct sqlite3;
 struct sqlite3_stmt;
 
-// The part of the store that does not depend on the payload: statements, transactions, key text
-// and the error lines. Only this part's source knows SQLite's header.
+// Statements, transactions and the error lines: the part of the store that does not depend on the
+// payload. Only this part's sources know SQLite's header.
 namespace lmstore {
 
 // A prepared statement.
@@ -47,21 +48,34 @@ class Statement {
     sqlite3_stmt* mStatement = nullptr;
 };
 
-// Opens `path` for reading and writing, creating it when it is not there; `db` is set even after
-// most failures and must be closed. The results are SQLite's codes.
-int open(const std::string& path, sqlite3*& db);
-int close(sqlite3* db);
-int exec(sqlite3* db, const char* sql);
-const char* errorMessage(sqlite3* db);
+// An immediate transaction.
+// Errors: a BEGIN or COMMIT that fails is logged and rolled back, and a failure of that is logged
+//         too. Without a BEGIN, each statement commits by itself and the COMMIT fails as well.
+class Transaction {
+ public:
+    // Borrows all, for its life.
+    Transaction(sqlite3* db, const char* function, int beginLine, const std::string& table);
+    ~Transaction();  // the net: rolls back what was not committed, and is silent
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
 
-// Runs a BEGIN or COMMIT. A failure is logged and rolled back, and the failure of that is logged
-// too. Returns whether `sql` itself succeeded.
-bool execInTransaction(sqlite3* db, const char* sql, const char* function, int line,
-                       const std::string& table);
+    bool commit(int line);
+
+ private:
+    bool exec(const char* sql, int line);
+
+    sqlite3* mDb;
+    const char* mFunction;
+    const std::string& mTable;
+    bool mOpen;
+};
 
 // "sql:ERROR:Dbt=TABLE info=..." with SQLite's message, or with a code.
 void logSqlMessage(const char* function, int line, const std::string& table, sqlite3* db);
 void logSqlCode(const char* function, int line, const std::string& table, int code);
+
+// "ERROR:Dbt=TABLE info=..." with SQLite's message.
+void logMessage(const char* function, int line, const std::string& table, sqlite3* db);
 
 // Logs `code` unless it is the expected one.
 inline void expectCode(int code, int expected, const char* function, int line,
