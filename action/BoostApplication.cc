@@ -7,13 +7,13 @@
 #include "action/KestrelStartsFeatureHw.h"
 #include "feature/KestrelStartsFeature.h"
 #include "host/DynamicLoader.h"
-#include "learning/KestrelStartsHints.h"
+#include "host/KestrelStartsHints.h"
 #include "lmdb/LMLog.h"
 
 namespace {
 
-constexpr const char* MODULE = "KestrelStartsAction:";
 constexpr uint8_t REQUEST_KIND_HINT = 8;
+constexpr int GAME_BOOST_ARG = 2;  // the first argument of a default boost; 0 for other apps
 
 // A request without a duration yet. The name is cut to fit with its terminator.
 mpctl_msg_t makeRequest(uint32_t hintId, int32_t hintType, std::string const& app) {
@@ -21,7 +21,7 @@ mpctl_msg_t makeRequest(uint32_t hintId, int32_t hintType, std::string const& ap
     request.requestKind = REQUEST_KIND_HINT;
     request.hintId = hintId;
     request.hintType = hintType;
-    std::memcpy(request.appName, app.data(), std::min(app.size(), sizeof(request.appName) - 1));
+    std::strncpy(request.appName, app.c_str(), sizeof(request.appName) - 1);
     return request;
 }
 
@@ -32,13 +32,14 @@ void KestrelStartsAction::applyDefaultAttachBoost(std::string const& app, int la
     mpctl_msg_t request = makeRequest(KS_LAUNCH_HINT, KS_HINT_TYPE_ATTACH_BOOST, app);
     const int attachArg = mFeature != nullptr ? mFeature->mAttachHintArg : -1;
     FeedbackCB(&request);  // when it fails the boost lasts 0 ms
-    requestDefaultBoost(mAttachBoostHandle, request, request.duration, launchType, attachArg);
+    requestDefaultBoost(mAttachBoostHandle, request, launchType, attachArg);
 }
 
 void KestrelStartsAction::applyDefaultKSBoost(int launchArg, std::string const& app, int boostArg,
                                               int duration) {
     mpctl_msg_t request = makeRequest(KS_LAUNCH_HINT, KS_HINT_TYPE_DEFAULT_BOOST, app);
-    requestDefaultBoost(mKSBoostHandle, request, duration, boostArg, launchArg);
+    request.duration = duration;
+    requestDefaultBoost(mKSBoostHandle, request, boostArg, launchArg);
     startHardwareProfile(mDefaultPlhDuration);
 }
 
@@ -49,7 +50,7 @@ int KestrelStartsAction::applyAction(std::string const& app, unsigned int hintId
     const bool isGame = hintType == KS_HINT_TYPE_GAME_BOOST;
     const auto boost = [&] {
         const int feedback = FeedbackCB(&request);
-        applyDefaultKSBoost(launchArg, app, isGame ? KS_LAUNCH_TYPE_GAME : 0, request.duration);
+        applyDefaultKSBoost(launchArg, app, isGame ? GAME_BOOST_ARG : 0, request.duration);
         if (feedback != 0) {
             return;
         }
@@ -57,16 +58,18 @@ int KestrelStartsAction::applyAction(std::string const& app, unsigned int hintId
             handle = perfHint(static_cast<int>(request.hintId), request.appName, request.duration,
                               request.hintType);
         }
-        // Guessing would cost too much here: an ordinary app gets the profile once it is learned.
+        // The default boost has started the profile already. An ordinary app that is not learned
+        // leaves it at that.
         if (hintType != KS_HINT_TYPE_APP_BOOST || learned) {
             std::string duration = std::to_string(request.duration);
             startHardwareProfile(duration);
         }
         if (handle <= 0) {
-            LM_LOG(MODULE, "applyAction", 218, "Failed to acquire perflock, handle = %d", handle);
+            LM_LOG(KS_ACTION_MODULE, "applyAction", 218, "Failed to acquire perflock, handle = %d",
+                   handle);
         }
     };
-    guarded(boost, ExceptionLog{MODULE, "applyAction", 224, 226});
+    guarded(boost, ExceptionLog{KS_ACTION_MODULE, "applyAction", 224, 226});
     return handle;
 }
 
@@ -92,9 +95,9 @@ void KestrelStartsAction::releaseDefaultBoosts() {
     }
 }
 
-void KestrelStartsAction::requestDefaultBoost(int32_t& handle, mpctl_msg_t& request,
-                                              int32_t duration, int arg0, int arg1) {
-    request.duration = std::min(duration, KS_MAX_DEFAULT_BOOST);
+void KestrelStartsAction::requestDefaultBoost(int32_t& handle, mpctl_msg_t& request, int arg0,
+                                              int arg1) {
+    request.duration = std::min(request.duration, KS_MAX_DEFAULT_BOOST);
     const auto perfHintAcqRel = DynamicLoader::getInstance().mPerfHintAcqRel;
     if (perfHintAcqRel == nullptr) {
         return;

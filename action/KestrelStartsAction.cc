@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr const char* MODULE = "KestrelStartsAction:";
-
 class MutexLock {
  public:
     explicit MutexLock(pthread_mutex_t& mutex) : mMutex(mutex) { pthread_mutex_lock(&mMutex); }
@@ -31,10 +29,10 @@ KestrelStartsAction* KestrelStartsAction::getInstance(KestrelStartsFeature* feat
     if (mKSFbInstance != nullptr) {
         return mKSFbInstance;
     }
-    mKSFbInstance = new (std::nothrow)
-        KestrelStartsAction(0, "KestrelStartsAction.db", "output_table", feature);
+    mKSFbInstance =
+        new (std::nothrow) KestrelStartsAction(0, KS_OUTPUT_DB_FILE, KS_OUTPUT_TABLE, feature);
     if (mKSFbInstance == nullptr) {
-        LM_LOG(MODULE, "getInstance", 52, "KestrelStartsAction::getInstance failure");
+        LM_LOG(KS_ACTION_MODULE, "getInstance", 52, "KestrelStartsAction::getInstance failure");
     }
     return mKSFbInstance;
 }
@@ -48,13 +46,13 @@ KestrelStartsAction::KestrelStartsAction(unsigned long ctorTag, std::string dbFi
         return;
     }
     if (db->LMDatabaseInit() != LMDB_SUCCESS) {
-        LM_LOG(MODULE, "KestrelStartsAction", 40, "LMDatabaseInit failed, err=%d\n", -1);
+        LM_LOG(KS_ACTION_MODULE, "KestrelStartsAction", 40, "LMDatabaseInit failed, err=%d\n", -1);
         return;
     }
     mOutputDb = db.release();
 }
 
 KestrelStartsAction::~KestrelStartsAction() {
-    delete mOutputDb;
+    delete mOutputDb;  // its own, also of an object that is not the singleton
     guarded([this] { releaseDefaultBoosts(); }, [](const char*) {});
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "action/mpctl_msg.h"
+#include "host/KestrelStartsHints.h"
 #include "host/LmApi.h"
 #include "learning/LearningRecords.h"
 
@@ -14,10 +15,11 @@ class KestrelStartsFeature;
 // The one object through which the feature acts on the device: the store of learned records and the
 // requests to the performance service. There is one per process, made on first demand and never
 // destroyed.
-// Ownership: owns the output store; borrows the feature.
+// Ownership: owns the output store; borrows the feature, after whose end no boost may be asked for.
 // Threads:   getInstance and FeedbackCB from any; the boost operations on the event worker, without
 //            a lock.
-// Errors:    a request for which the service has no entry point is left out.
+// Errors:    a request for which the service has no entry point is left out. Every operation may
+//            throw std::bad_alloc, but for applyAction, which logs it.
 class KestrelStartsAction {
  public:
     // Opens the store; when that fails the object is usable for boosts, with mOutputDb null.
@@ -27,8 +29,8 @@ class KestrelStartsAction {
     KestrelStartsAction(const KestrelStartsAction&) = delete;
     KestrelStartsAction& operator=(const KestrelStartsAction&) = delete;
 
-    // The instance, made by the first call, whose `feature` it keeps. Null when there is no memory
-    // for it; the next call tries again.
+    // The instance, made by the first call, whose `feature` it keeps, be it null. Null when there
+    // is no memory for it; the next call tries again.
     LM_API static KestrelStartsAction* getInstance(KestrelStartsFeature* feature);
 
     // Writes the learned duration of the message's app, or KS_DEFAULT_BOOST_DURATION, into
@@ -47,7 +49,8 @@ class KestrelStartsAction {
     int applyAction(std::string const& app, unsigned int hintId, int hintType, int reserved,
                     int launchArg, bool learned);
 
-    // Releases the default boosts and, when it is 1 or more, `handle`; stops the hardware profile.
+    // Releases the default boosts, of which a slot that holds -1 is passed to the service too, and
+    // `handle` when it is 1 or more; stops the hardware profile.
     void ResetAction(int handle);
 
     LMDatabase<KSPerfdOutput>* mOutputDb = nullptr;  // owned; null when it could not be opened
@@ -61,7 +64,7 @@ class KestrelStartsAction {
 
  private:
     void releaseDefaultBoosts();
-    void requestDefaultBoost(int32_t& handle, mpctl_msg_t& request, int32_t duration, int arg0,
-                             int arg1);
+    // Caps the request's duration and replaces the boost held under `handle`.
+    void requestDefaultBoost(int32_t& handle, mpctl_msg_t& request, int arg0, int arg1);
     void startHardwareProfile(std::string& duration);
 };

@@ -1,5 +1,6 @@
 #include "action/KestrelStartsFeatureHw.h"
 
+#include <locale>
 #include <new>
 #include <sstream>
 #include <unordered_map>
@@ -20,6 +21,7 @@ using ConfigMap = std::unordered_map<std::string, std::string>;
 std::vector<int> parseClusterIds(std::string const& text) {
     std::vector<int> ids;
     std::istringstream stream(text);
+    stream.imbue(std::locale::classic());  // another one may take the "," for part of a number
     for (int id = 0; stream >> id;) {
         ids.push_back(id);
         if (stream.peek() == ',') {
@@ -53,8 +55,9 @@ KestrelStartsFeatureHw::KestrelStartsFeatureHw(KestrelStartsFeature& feature) : 
         if (list != config.end() && list->second.empty()) {
             return;
         }
-        std::vector<std::pair<int, std::string>> init = {
-            {PLH_INIT_KEY, list == config.end() ? "" : buildInitCommand(config, list->second)}};
+        const std::string initCommand =
+            list != config.end() ? buildInitCommand(config, list->second) : "";
+        std::vector<std::pair<int, std::string>> init = {{PLH_INIT_KEY, initCommand}};
         std::pair<int, std::string> none = {PLH_INIT_KEY, "0"};
         mCpController = new (std::nothrow) CpPLHController(init, none, none, "", nullptr);
     };

@@ -3,13 +3,12 @@
 #include <cstring>
 
 #include "action/KestrelStartsAction.h"
-#include "learning/KestrelStartsHints.h"
+#include "host/KestrelStartsHints.h"
 #include "lmdb/LMDBRows.h"
 #include "lmdb/LMLog.h"
 
 namespace {
 
-constexpr const char* MODULE = "KestrelStartsAction:";
 constexpr const char* FUNCTION = "FeedbackCB";
 
 }  // namespace
@@ -20,11 +19,11 @@ int KestrelStartsAction::FeedbackCB(mpctl_msg_t* msg) {
     }
     const KestrelStartsAction* instance = getInstance(nullptr);
     if (instance == nullptr) {
-        LM_LOG(MODULE, FUNCTION, 95, "Couldn't create feedback instance");
+        LM_LOG(KS_ACTION_MODULE, FUNCTION, 95, "Couldn't create feedback instance");
         return -1;
     }
     if (instance->mOutputDb == nullptr) {
-        LM_LOG(MODULE, FUNCTION, 101, "db instance table NULL");
+        LM_LOG(KS_ACTION_MODULE, FUNCTION, 101, "db instance table NULL");
         return -1;
     }
     LMDBDataRowKey key;

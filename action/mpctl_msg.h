@@ -4,7 +4,7 @@
 #include <cstdint>
 
 // The performance service's request message. What is named reserved is the service's own, and zero
-// in messages built here. Includes nothing, so that the host can build one too.
+// in messages built here. Needs nothing of the plug-in, so that a host can build one too.
 struct mpctl_msg_t {
     uint8_t reserved0[8];
     uint8_t requestKind;

@@ -6,13 +6,12 @@
 #include "feature/KestrelStartsFeature.h"
 #include "feature/ShortName.h"
 #include "host/AsyncEvent.h"
-#include "learning/KestrelStartsHints.h"
+#include "host/KestrelStartsHints.h"
+#include "learning/OutputRecord.h"
 #include "lmdb/LMDBRows.h"
 #include "lmdb/LMLog.h"
 
 namespace {
-
-constexpr const char* MODULE = "KestrelStarts";
 
 // The field of a record that a query asks for; null for a type that asks for none.
 template <class Record>
@@ -38,7 +37,7 @@ int32_t averageOnto(int32_t value, LMDBDataTable<KSInputDbData>::vecT const& row
     return static_cast<int32_t>(sum / static_cast<int32_t>(rows.size()));
 }
 
-// Deletes every row of the key's app, as far as there is one.
+// Deletes the stored rows that match `key`; false when there is none.
 template <class T>
 bool removeRows(LMDatabase<T>& db, LMDBDataRowKey& key) {
     LMDBRows<T> found(db, db.template readAllocateDR<T>(key));
@@ -54,21 +53,19 @@ bool removeRows(LMDatabase<T>& db, LMDBDataRowKey& key) {
 int KestrelStartsFeature::getData(std::string& app, featureData& data, int type) {
     KestrelStartsAction const* action = KestrelStartsAction::getInstance(this);
     if (action == nullptr || action->mOutputDb == nullptr) {
-        LM_LOG(MODULE, "getData", 751, "Output db table not found");
+        LM_LOG(KS_MODULE, "getData", 751, "Output db table not found");
         return -1;
     }
     if (type == KS_DATA_LEARNING_PID) {
-        if (mFeatureState.readState(app) == APP_STATE_LEARNED) {
-            data.value = 0;
+        data.value = mFeatureState.readState(app) == APP_STATE_LEARNED ? 0 : 1;
+        if (data.value == 0) {
             return 0;
         }
         std::string package = shortName(app);
         data.value = std::max(AsyncEvent::getPidFromMap(package), 1);
         return 0;
     }
-    LMDBDataRowKey key;
-    key.intcol1 = KS_LAUNCH_HINT;
-    key.appName = app;
+    LMDBDataRowKey key = launchKey(KS_LAUNCH_HINT, app);
     LMDatabase<KSPerfdOutput>& outputDb = *action->mOutputDb;
     const LMDBRows<KSPerfdOutput> learned(outputDb, outputDb.readAllocateDR<KSPerfdOutput>(key));
     if (!learned.rows.empty()) {
@@ -92,12 +89,12 @@ int KestrelStartsFeature::getData(std::string& app, featureData& data, int type)
 void KestrelStartsFeature::removeFromDatabase(KestrelStartsAction* action, std::string& app) {
     constexpr const char* FUNCTION = "removeFromDatabase";
     if (action == nullptr || mFeatureInputDb == nullptr) {
-        LM_LOG(MODULE, FUNCTION, 518, "KestrelStartAlgo:: mFeatureInputDb/dbinstance NULL");
+        LM_LOG(KS_MODULE, FUNCTION, 518, "KestrelStartAlgo:: mFeatureInputDb/dbinstance NULL");
         return;
     }
     const auto remove = [&] {
         if (action->mOutputDb == nullptr) {
-            LM_LOG(MODULE, FUNCTION, 524, "KestrelStartAlgo:: dbTable NULL");
+            LM_LOG(KS_MODULE, FUNCTION, 524, "KestrelStartAlgo:: dbTable NULL");
             return;
         }
         LMDBDataRowKey key;
@@ -107,7 +104,7 @@ void KestrelStartsFeature::removeFromDatabase(KestrelStartsAction* action, std::
         }
         mFeatureState.deleteRow(app);
     };
-    guarded(remove, ExceptionLog{MODULE, FUNCTION, 545, 547});
+    guarded(remove, ExceptionLog{KS_MODULE, FUNCTION, 545, 547});
 }
 
 int KestrelStartsFeature::applyAction(KestrelStartsAction* action,

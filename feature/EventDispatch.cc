@@ -5,12 +5,11 @@
 #include "action/KestrelStartsAction.h"
 #include "feature/KestrelStartsFeature.h"
 #include "feature/ShortName.h"
-#include "learning/KestrelStartsHints.h"
+#include "host/KestrelStartsHints.h"
 #include "lmdb/LMLog.h"
 
 namespace {
 
-constexpr const char* MODULE = "KestrelStarts";
 constexpr const char* FUNCTION = "runAsync";
 constexpr int32_t KS_LAUNCH_HINT_ARG = 15100;  // what a launch hint is evaluated and metered with
 
@@ -27,7 +26,7 @@ bool keepsData(AsyncTriggerPayload const& payload) {
 
 void KestrelStartsFeature::runAsync(AsyncTriggerPayload payload) {
     if (payload.dataVersion != KS_DATA_VERSION || payload.featureVersion > mMajorVersion) {
-        LM_LOG(MODULE, FUNCTION, 555,
+        LM_LOG(KS_MODULE, FUNCTION, 555,
                "Payload Data or Version is not compatible. Hence, Discarding Request.\n");
         return;
     }
@@ -36,10 +35,10 @@ void KestrelStartsFeature::runAsync(AsyncTriggerPayload payload) {
         return;
     }
     if (action == nullptr || mMetaMeter == nullptr) {
-        LM_LOG(MODULE, FUNCTION, 569, "dbinstance or metameter NULL");
+        LM_LOG(KS_MODULE, FUNCTION, 569, "dbinstance or metameter NULL");
         return;
     }
-    guarded([&] { dispatch(action, payload); }, ExceptionLog{MODULE, FUNCTION, 734, 736});
+    guarded([&] { dispatch(action, payload); }, ExceptionLog{KS_MODULE, FUNCTION, 734, 736});
 }
 
 void KestrelStartsFeature::dispatch(KestrelStartsAction* action, AsyncTriggerPayload& payload) {
@@ -90,7 +89,8 @@ bool KestrelStartsFeature::acceptsLaunch(AsyncTriggerPayload const& payload) con
         isLauncher(payload.appName)) {
         return false;
     }
-    return payload.launchType == KS_LAUNCH_TYPE_GAME ? mKgmStatus != 0 : mKapStatus != 0;
+    const uint8_t status = payload.launchType == KS_LAUNCH_TYPE_GAME ? mKgmStatus : mKapStatus;
+    return status != KS_STATUS_OFF;
 }
 
 // Ends the boost and the measurement of the current launch; the payload becomes the launch end.

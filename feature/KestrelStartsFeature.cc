@@ -2,10 +2,10 @@
 
 #include <dlfcn.h>
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string_view>
 
 #include "action/KestrelStartsFeatureHw.h"
 #include "host/DynamicLoader.h"
@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr const char* MODULE = "KestrelStarts";
 constexpr const char* CONSTRUCTOR = "KestrelStartsFeature";
 constexpr int KNOB_FEATURES[] = {11, 10};
 
@@ -42,14 +41,15 @@ bool isKnobEnabled() {
 bool isPropertyTrue(const char* name) {
     char value[92] = {};
     DynamicLoader::getInstance().mPerfGetPropExtn(name, value, sizeof(value), "false");
-    return std::strcmp(value, "true") == 0;
+    // The service may have filled all of the buffer.
+    return std::string_view(value, strnlen(value, sizeof(value))) == "true";
 }
 
 uint8_t launchStatus(bool on, bool withProfile) {
     if (!on) {
-        return 0;
+        return KS_STATUS_OFF;
     }
-    return withProfile ? 2 : 1;
+    return withProfile ? KS_STATUS_WITH_PROFILE : KS_STATUS_ON;
 }
 
 }  // namespace
@@ -62,7 +62,7 @@ KestrelStartsFeature::KestrelStartsFeature(FeatureInfo const& info, Members) : F
 // Delegates, so that the destructor runs when something below throws.
 KestrelStartsFeature::KestrelStartsFeature(FeatureInfo info)
     : KestrelStartsFeature(info, Members{}) {
-    LM_LOG(MODULE, CONSTRUCTOR, 60, "Major Version : %d, Minor Version : %d", mMajorVersion,
+    LM_LOG(KS_MODULE, CONSTRUCTOR, 60, "Major Version : %d, Minor Version : %d", mMajorVersion,
            mMinorVersion);
     createMeterDataDb();
     for (std::string const& app : info.disabledApps) {
@@ -76,10 +76,10 @@ KestrelStartsFeature::KestrelStartsFeature(FeatureInfo info)
     if (!readEnablement()) {
         return;
     }
-    if (std::max(mKgmStatus, mKapStatus) == 2) {
+    if (mKgmStatus == KS_STATUS_WITH_PROFILE || mKapStatus == KS_STATUS_WITH_PROFILE) {
         mFeatureHw = new (std::nothrow) KestrelStartsFeatureHw(*this);
     }
-    LM_LOG(MODULE, CONSTRUCTOR, 136, "Kestrel Startsv%f\n", 1.0);
+    LM_LOG(KS_MODULE, CONSTRUCTOR, 136, "Kestrel Startsv%f\n", 1.0);
 }
 
 KestrelStartsFeature::~KestrelStartsFeature() {
@@ -98,7 +98,7 @@ bool KestrelStartsFeature::readEnablement() {
         return false;
     }
     if (DynamicLoader::getInstance().mPerfGetPropExtn == nullptr) {
-        LM_LOG(MODULE, CONSTRUCTOR, 90, "mPerfGetPropExtn is NULL!!");
+        LM_LOG(KS_MODULE, CONSTRUCTOR, 90, "mPerfGetPropExtn is NULL!!");
         return false;
     }
     const bool kap = isPropertyTrue("ro.vendor.perf.kap");
@@ -107,7 +107,7 @@ bool KestrelStartsFeature::readEnablement() {
     mAttachHintEnabled = isPropertyTrue("ro.vendor.perf.attach.hint.ks");
     mKgmStatus = launchStatus(kgm, kplh);
     mKapStatus = launchStatus(kap, kplh);
-    LM_LOG(MODULE, CONSTRUCTOR, 132, "KGM Status %d KAP Status %d\n", mKgmStatus, mKapStatus);
+    LM_LOG(KS_MODULE, CONSTRUCTOR, 132, "KGM Status %d KAP Status %d\n", mKgmStatus, mKapStatus);
     return true;
 }
 
@@ -121,7 +121,8 @@ void KestrelStartsFeature::createMeterDataDb() {
         return;
     }
     if (const int code = db->openLMdb(); code != LMDB_SUCCESS) {
-        LM_LOG(MODULE, "createMeterDataDb", 150, "Error in DB init- createMeterDataDb  %d", code);
+        LM_LOG(KS_MODULE, "createMeterDataDb", 150, "Error in DB init- createMeterDataDb  %d",
+               code);
         return;
     }
     mFeatureInputDb = db.release();

@@ -6,6 +6,6 @@
 
 namespace {
 
-const Registry<Feature, FeatureInfo, KestrelStartsFeature> kRegistration("KestrelStarts");
+const Registry<Feature, FeatureInfo, KestrelStartsFeature> KS_REGISTRATION("KestrelStarts");
 
 }  // namespace

@@ -23,10 +23,6 @@ struct AsyncTriggerPayload {
     int64_t reserved104[2] = {};
 };
 
-#if defined(__clang__)
-#pragma clang diagnostic push
-#pragma clang diagnostic ignored "-Winvalid-offsetof"
-#endif
 static_assert(offsetof(AsyncTriggerPayload, hintId) == 0);
 static_assert(offsetof(AsyncTriggerPayload, hintType) == 4);
 static_assert(offsetof(AsyncTriggerPayload, appName) == 8);
@@ -41,6 +37,3 @@ static_assert(offsetof(AsyncTriggerPayload, reserved76) == 76);
 static_assert(offsetof(AsyncTriggerPayload, hostData) == 80);
 static_assert(offsetof(AsyncTriggerPayload, reserved104) == 104);
 static_assert(sizeof(AsyncTriggerPayload) == 120);
-#if defined(__clang__)
-#pragma clang diagnostic pop
-#endif

@@ -7,6 +7,8 @@
 #include "host/LmApi.h"
 
 // The host's controller of the hardware profile.
+// Ownership: the feature's; copies what it is given.
+// Threads:   used from one thread at a time.
 class LM_API CpPLHController {
  public:
     // The first pair of `init` carries the initialisation text.

@@ -24,7 +24,7 @@ class LM_API DynamicLoader {
     void* mReserved7 = nullptr;
 
     // Copies the property's value, or the default when it is not set, into the buffer of `size`
-    // bytes, with its terminating zero.
+    // bytes, with its terminating zero. REQUIRES: size is at least 1.
     void (*mPerfGetPropExtn)(const char* name, char* buffer, size_t size,
                              const char* defaultText) = nullptr;
 

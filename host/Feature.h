@@ -25,6 +25,7 @@ class LM_API Feature {
     Feature(const Feature&) = delete;
     Feature& operator=(const Feature&) = delete;
 
+    // Here, these do nothing and answer 0; getData with four arguments sets the value to -1.
     virtual void runAsync(AsyncTriggerPayload payload);
     virtual void runAsyncIdle(std::atomic<bool> const& stop);
     virtual void runAsyncPeriodic(std::atomic<bool> const& stop);

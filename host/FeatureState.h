@@ -7,8 +7,10 @@
 #include "host/LmApi.h"
 
 // The learning state of each app, kept across restarts.
-// Threads: any; single reads and writes only.
-// Errors:  the store logs them; a state that could not be read is APP_STATE_LEARNING.
+// Ownership: owns its database.
+// Threads:   readState from any. Writing reads first, so only one thread may write.
+// Errors:    logged by the store; a state that could not be read is APP_STATE_LEARNING, one that
+//            could not be stored is lost. That of an app without a name never can.
 class LM_API FeatureState {
  public:
     // Opens the store of the feature of that name.

@@ -3,6 +3,7 @@
 #include "host/LmApi.h"
 
 // The host's feature status export.
+// Threads: any.
 class LM_API KSFeaturesList {
  public:
     // Appends a status line: a text, a number and an app. Borrows both texts for the call.

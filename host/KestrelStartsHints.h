@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-// The identifiers of the events that the feature acts on, and of the requests that it makes.
+// The identifiers that the feature, its host and the performance service share: of events, of boost
+// requests and of queries. And the modules that begin the feature's log lines.
 
 inline constexpr uint16_t KS_DATA_VERSION = 112;  // the only payload layout that is accepted
 
@@ -30,6 +31,9 @@ inline constexpr int32_t KS_LAUNCH_TYPE_GAME = 2;
 inline constexpr int KS_DATA_LAUNCH_DURATION = 3;
 inline constexpr int KS_DATA_SECOND_METRIC = 4;
 inline constexpr int KS_DATA_LEARNING_PID = 5;
+
+inline constexpr const char* KS_MODULE = "KestrelStarts";
+inline constexpr const char* KS_ACTION_MODULE = "KestrelStartsAction:";  // the colon is its own
 
 // Durations in ms.
 inline constexpr int32_t KS_DEFAULT_BOOST_DURATION = 15000;  // while nothing is learned

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "learning/KestrelStartsHints.h"
+#include "host/KestrelStartsHints.h"
 #include "lmdb/LMDBRows.h"
 #include "lmdb/LMLog.h"
 
@@ -20,44 +20,40 @@ KestrelStartsMetaMeter::KestrelStartsMetaMeter(FeatureInfo const& info,
 
 int KestrelStartsMetaMeter::writeToDataBase(std::vector<Meter*> meters) {
     int result = 1;
-    const auto write = [&] {
-        if (meters.size() != 1) {
-            LM_LOG(MODULE, FUNCTION, 45, "incorrect no of meters");
-            result = 0;
-            return;
-        }
-        auto* meter = static_cast<LaunchMeter*>(meters.front());
-        if (meter == nullptr) {
-            LM_LOG(MODULE, FUNCTION, 62, "No meters for this feature");
-            result = 0;
-            return;
-        }
-        std::vector<AsyncTriggerPayload> launches;
-        meter->getTriggerPayloads(launches);
-        if (mInputDb == nullptr) {
-            LM_LOG(MODULE, FUNCTION, 56, "No input db for this feature");
-            result = 0;
-            return;
-        }
-        // The duration before the flag: a run that is cut off in between counts as cut off.
-        const int32_t durationMs = meter->measuredDuration.load(std::memory_order_acquire);
-        if (meter->aborted) {
-            LM_LOG(MODULE, FUNCTION, 69, "Meter aborted or could not get meter data for this run");
-            result = 0;
-            return;
-        }
-        std::erase_if(launches, [](AsyncTriggerPayload const& payload) {
-            return payload.hintId != KS_LAUNCH_HINT || payload.hintType != KS_HINT_TYPE_LAUNCH;
-        });
-        if (launches.empty()) {
-            LM_LOG(MODULE, FUNCTION, 88, "no valid triggers present to write into input db");
-            result = 0;
-            return;
-        }
-        storeLaunch(launches, durationMs);
-    };
-    guarded(write, ExceptionLog{MODULE, FUNCTION, 128, 130});
+    guarded([&] { result = storeRun(meters); }, ExceptionLog{MODULE, FUNCTION, 128, 130});
     return result;
+}
+
+int KestrelStartsMetaMeter::storeRun(std::vector<Meter*> const& meters) {
+    if (meters.size() != 1) {
+        LM_LOG(MODULE, FUNCTION, 45, "incorrect no of meters");
+        return 0;
+    }
+    auto* meter = static_cast<LaunchMeter*>(meters.front());
+    if (meter == nullptr) {
+        LM_LOG(MODULE, FUNCTION, 62, "No meters for this feature");
+        return 0;
+    }
+    std::vector<AsyncTriggerPayload> launches;
+    meter->getTriggerPayloads(launches);
+    if (mInputDb == nullptr) {
+        LM_LOG(MODULE, FUNCTION, 56, "No input db for this feature");
+        return 0;
+    }
+    const int32_t durationMs = meter->measuredDuration.load(std::memory_order_acquire);
+    if (meter->aborted) {
+        LM_LOG(MODULE, FUNCTION, 69, "Meter aborted or could not get meter data for this run");
+        return 0;
+    }
+    std::erase_if(launches, [](AsyncTriggerPayload const& payload) {
+        return payload.hintId != KS_LAUNCH_HINT || payload.hintType != KS_HINT_TYPE_LAUNCH;
+    });
+    if (launches.empty()) {
+        LM_LOG(MODULE, FUNCTION, 88, "no valid triggers present to write into input db");
+        return 0;
+    }
+    storeLaunch(launches, durationMs);
+    return 1;
 }
 
 void KestrelStartsMetaMeter::storeLaunch(std::vector<AsyncTriggerPayload> const& launches,

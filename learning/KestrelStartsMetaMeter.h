@@ -17,9 +17,10 @@ class KestrelStartsMetaMeter : public MetaMeter {
     // 0 when a run holds nothing to store, which is logged; else 1, also after a failed write.
     int writeToDataBase(std::vector<Meter*> meters) override;
 
-    LMDatabase<KSInputDbData>* mInputDb;
-    int32_t mRowCount = 1;  // rows requested by the current call
+    LMDatabase<KSInputDbData>* mInputDb;  // the feature's; may be null
+    int32_t mRowCount = 1;                // rows requested by the current call
 
  private:
+    int storeRun(std::vector<Meter*> const& meters);
     void storeLaunch(std::vector<AsyncTriggerPayload> const& launches, int32_t durationMs);
 };

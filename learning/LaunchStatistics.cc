@@ -9,13 +9,12 @@
 
 #include "feature/KestrelStartsFeature.h"
 #include "host/KSFeaturesList.h"
+#include "host/KestrelStartsHints.h"
 #include "host/LaunchMeter.h"
-#include "learning/KestrelStartsHints.h"
 #include "lmdb/LMLog.h"
 
 namespace {
 
-constexpr const char* MODULE = "KestrelStarts";
 constexpr float OUTLIER_PERCENTAGE = 90.0F;
 constexpr float GAME_FACTOR = 1.2F;
 
@@ -92,7 +91,7 @@ void KestrelStartsFeature::getAvgLaunchValues(std::vector<LMDBDataRow<KSInputDbD
         }
         average = truncatedMean(durations, durations.size());
     };
-    guarded(compute, ExceptionLog{MODULE, "getAvgLaunchValues", 257, 259});
+    guarded(compute, ExceptionLog{KS_MODULE, "getAvgLaunchValues", 257, 259});
 }
 
 bool KestrelStartsFeature::cleanEpDataSet(std::vector<int>& dataSet, int k) {
@@ -115,15 +114,15 @@ bool KestrelStartsFeature::cleanEpDataSet(std::vector<int>& dataSet, int k) {
             }
         }
     };
-    const bool completed = guarded(pass, ExceptionLog{MODULE, "cleanEpDataSet", 201, 204});
+    const bool completed = guarded(pass, ExceptionLog{KS_MODULE, "cleanEpDataSet", 201, 204});
     return erased || !completed;
 }
 
 void KestrelStartsFeature::getAvgLaunchValuesForced(
     std::vector<LMDBDataRow<KSInputDbData>*> /*rows*/, int& average) {
     average = 0;
-    std::ofstream file(FORCED_AVERAGE_FILE, std::ios::app | std::ios::binary);
-    file << "\n" + mLastLaunchedApp + "\n\n";
+    const std::string text = "\n" + mLastLaunchedApp + "\n\n";
+    std::ofstream(FORCED_AVERAGE_FILE, std::ios::app | std::ios::binary) << text;
 }
 
 bool KestrelStartsFeature::skewLaunchDuration(int& duration, int launchType, int appClass,

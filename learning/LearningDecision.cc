@@ -5,7 +5,7 @@
 #include "action/KestrelStartsAction.h"
 #include "feature/KestrelStartsFeature.h"
 #include "host/KSFeaturesList.h"
-#include "learning/KestrelStartsHints.h"
+#include "host/KestrelStartsHints.h"
 #include "learning/LaunchStatistics.h"
 #include "learning/OutputRecord.h"
 #include "lmdb/LMDBRows.h"
@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr const char* MODULE = "KestrelStarts";
 constexpr const char* FUNCTION = "checkWriteOutputDB";
 constexpr std::size_t MIN_LAUNCHES_TO_DECIDE = 5;
 constexpr int32_t MIN_LAUNCHES_TO_DISABLE = 10;
@@ -34,19 +33,19 @@ void KestrelStartsFeature::checkWriteOutputDB(KestrelStartsAction* action,
         return;
     }
     if (action == nullptr || mFeatureInputDb == nullptr) {
-        LM_LOG(MODULE, FUNCTION, 367, "KestrelStartAlgo:: mFeatureInputDb/dbinstance NULL");
+        LM_LOG(KS_MODULE, FUNCTION, 367, "KestrelStartAlgo:: mFeatureInputDb/dbinstance NULL");
         return;
     }
-    guarded([&] { decide(action, payload); }, ExceptionLog{MODULE, FUNCTION, 507, 509});
+    guarded([&] { decide(action, payload); }, ExceptionLog{KS_MODULE, FUNCTION, 507, 509});
 }
 
 void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPayload const& payload) {
     if (action->mOutputDb == nullptr) {
-        LM_LOG(MODULE, FUNCTION, 373, "KestrelStartAlgo:: dbTable NULL");
+        LM_LOG(KS_MODULE, FUNCTION, 373, "KestrelStartAlgo:: dbTable NULL");
         return;
     }
     std::string const& app = payload.appName;
-    LMDBDataRowKey key = launchKey(payload);
+    LMDBDataRowKey key = launchKey(payload.hintId, app);
     const int32_t count = mFeatureInputDb->getCountDR<KSInputDbData>(key);
     if (count < static_cast<int32_t>(MIN_LAUNCHES_TO_DECIDE)) {
         return;
@@ -95,7 +94,7 @@ void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPaylo
             outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
             mFeatureState.writeState(app, APP_STATE_DECIDING);
             mFeatureState.writeState(app, APP_STATE_LEARNED);
-            LM_LOG(MODULE, FUNCTION, 464, "deleteDeallocateDR<KSInputDbData>(inDbRows)");
+            LM_LOG(KS_MODULE, FUNCTION, 464, "deleteDeallocateDR<KSInputDbData>(inDbRows)");
             mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(launches.rows);
             KSFeaturesList::exportToFile("Learning Complete - ENABLED KS", average, app.c_str());
             return;
@@ -125,6 +124,6 @@ int KestrelStartsFeature::isHeavyGame(std::string app) {
             mFeatureLocator->getData(classifier, app, data, CLASSIFIER_QUERY_TYPE);
         }
     };
-    guarded(ask, ExceptionLog{MODULE, "isHeavyGame", 308, 310});
+    guarded(ask, ExceptionLog{KS_MODULE, "isHeavyGame", 308, 310});
     return data.value;
 }

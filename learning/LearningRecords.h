@@ -22,8 +22,8 @@ static_assert(std::is_trivially_copyable_v<KSInputDbData>);
 
 // The learned record of an app; there is at most one.
 struct KSPerfdOutput {
-    int32_t reserved0;       // kept as it is
-    int32_t boostType;       // hint type of the learned boost, as of the record's first decision
+    int32_t reserved0;  // kept as it is
+    int32_t boostType;  // hint type of the learned boost, as of the latest decision that began anew
     int32_t launchDuration;  // ms; the learned duration
     int32_t secondMetric;    // kept as it is
     uint8_t reservedBlock[512];
@@ -40,6 +40,10 @@ static_assert(offsetof(KSPerfdOutput, launchCount) == 528);
 static_assert(offsetof(KSPerfdOutput, retriggered) == 532);
 static_assert(sizeof(KSPerfdOutput) == 536);
 static_assert(std::is_trivially_copyable_v<KSPerfdOutput>);
+
+// Where the learned records are kept.
+inline constexpr const char* KS_OUTPUT_DB_FILE = "KestrelStartsAction.db";
+inline constexpr const char* KS_OUTPUT_TABLE = "output_table";
 
 LMDB_DECLARE(KSInputDbData);
 LMDB_DECLARE(KSPerfdOutput);

@@ -1,18 +1,22 @@
 #include "learning/OutputRecord.h"
 
+#include "host/KestrelStartsHints.h"
 #include "lmdb/LMLog.h"
 
-LMDBDataRowKey launchKey(AsyncTriggerPayload const& payload) {
+LMDBDataRowKey launchKey(int32_t hintId, std::string const& app) {
     LMDBDataRowKey key;
-    key.intcol1 = payload.hintId;
-    key.appName = payload.appName;
+    key.intcol1 = hintId;
+    key.appName = app;
     return key;
 }
 
 LMDBDataTable<KSPerfdOutput>::vecT readOrMakeOutputRow(LMDatabase<KSPerfdOutput>& outputDb,
                                                        LMDBDataRowKey& key) {
     auto rows = outputDb.readAllocateDR<KSPerfdOutput>(key);
-    return rows.empty() ? outputDb.getRow(1) : rows;
+    if (rows.empty()) {
+        rows = outputDb.getRow(1);
+    }
+    return rows;
 }
 
 bool isSingleOutputRow(LMDatabase<KSPerfdOutput>& outputDb,
@@ -20,7 +24,7 @@ bool isSingleOutputRow(LMDatabase<KSPerfdOutput>& outputDb,
     if (rows.size() == 1 && rows.front() != nullptr) {
         return true;
     }
-    LM_LOG("KestrelStarts", function, line, "output db returning more rows for the same app");
+    LM_LOG(KS_MODULE, function, line, "output db returning more rows for the same app");
     outputDb.deleteDeallocateDR<KSPerfdOutput>(rows);
     return false;
 }

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "host/AsyncTriggerPayload.h"
+#include <cstdint>
+#include <string>
+
 #include "learning/LearningRecords.h"
 
-// Finding the learned record of the app that a launch hint names.
+// Finding the learned record of an app.
 
 // Selects the app's rows, in either database.
-LMDBDataRowKey launchKey(AsyncTriggerPayload const& payload);
+LMDBDataRowKey launchKey(int32_t hintId, std::string const& app);
 
 // The app's stored rows, or one new row when there is none. The caller owns them.
 [[nodiscard]] LMDBDataTable<KSPerfdOutput>::vecT readOrMakeOutputRow(

@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr const char* MODULE = "KestrelStarts";
 constexpr const char* FUNCTION = "checkRelearningTrigger";
 constexpr int32_t LAUNCHES_BEFORE_RELEARNING = 100;
 
@@ -22,17 +21,17 @@ bool KestrelStartsFeature::checkRelearningTrigger(KestrelStartsAction* action,
         return false;
     }
     if (action == nullptr) {
-        LM_LOG(MODULE, FUNCTION, 818, "KestrelStartAlgo:: mFeatureInputDb/dbinstance NULL");
+        LM_LOG(KS_MODULE, FUNCTION, 818, "KestrelStartAlgo:: mFeatureInputDb/dbinstance NULL");
         return false;
     }
     bool triggered = false;
     const auto countLaunch = [&] {
         if (action->mOutputDb == nullptr) {
-            LM_LOG(MODULE, FUNCTION, 823, "KestrelStartAlgo:: dbTable NULL");
+            LM_LOG(KS_MODULE, FUNCTION, 823, "KestrelStartAlgo:: dbTable NULL");
             return;
         }
         LMDatabase<KSPerfdOutput>& outputDb = *action->mOutputDb;
-        LMDBDataRowKey key = launchKey(payload);
+        LMDBDataRowKey key = launchKey(payload.hintId, payload.appName);
         LMDBRows<KSPerfdOutput> output(outputDb, readOrMakeOutputRow(outputDb, key));
         if (!isSingleOutputRow(outputDb, output.rows, FUNCTION, 838)) {
             return;
@@ -42,14 +41,15 @@ bool KestrelStartsFeature::checkRelearningTrigger(KestrelStartsAction* action,
         row.intcol1 = payload.hintId;
         KSPerfdOutput& record = row.blob;
         if (record.retriggered != 1) {
+            // A damaged count does not overflow; it is past the threshold anyway.
             if (record.launchCount < std::numeric_limits<int32_t>::max()) {
                 ++record.launchCount;
             }
-            LM_LOG(MODULE, FUNCTION, 855, "launchCount  Retrigger %d", record.launchCount);
+            LM_LOG(KS_MODULE, FUNCTION, 855, "launchCount  Retrigger %d", record.launchCount);
         }
         const bool due = record.launchCount >= LAUNCHES_BEFORE_RELEARNING;
         if (due) {
-            LM_LOG(MODULE, FUNCTION, 859, "Should  Retrigger");
+            LM_LOG(KS_MODULE, FUNCTION, 859, "Should  Retrigger");
             record.retriggered = 1;
             mFeatureState.writeState(payload.appName, APP_STATE_RELEARN);
             mFeatureState.writeState(payload.appName, APP_STATE_LEARNING);
@@ -57,6 +57,6 @@ bool KestrelStartsFeature::checkRelearningTrigger(KestrelStartsAction* action,
         outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
         triggered = due;
     };
-    guarded(countLaunch, ExceptionLog{MODULE, FUNCTION, 867, 870});
+    guarded(countLaunch, ExceptionLog{KS_MODULE, FUNCTION, 867, 870});
     return triggered;
 }
