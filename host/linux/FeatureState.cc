@@ -48,11 +48,18 @@ void FeatureState::writeState(std::string const& app, AppState state) {
     if (found.rows.empty()) {
         found.rows = mDb->getRow(1);
     }
-    for (LMDBDataRow<AppState>* row : found.rows) {
-        row->appName = app;
-        row->blob = state;
+    if (found.rows.empty()) {
+        return;
     }
+    // An app has one row. Others, which a write after a failed read leaves, go.
+    LMDBRows<AppState> surplus(*mDb, {found.rows.begin() + 1, found.rows.end()});
+    found.rows.resize(1);
+    found.rows.front()->appName = app;
+    found.rows.front()->blob = state;
     mDb->writeDeallocateDR<AppState>(found.rows);
+    if (!surplus.rows.empty()) {
+        mDb->deleteDeallocateDR<AppState>(surplus.rows);
+    }
 }
 
 void FeatureState::deleteRow(std::string const& app) {

@@ -1,6 +1,8 @@
 #include "host/linux/ForwardingVfs.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <utility>
 
 namespace {
@@ -11,6 +13,7 @@ struct ForwardingFile {
     ForwardingVfs* vfs;
 };
 
+constexpr std::size_t PATH_SIZE = 4096;
 constexpr std::size_t FILE_SIZE = (sizeof(ForwardingFile) + 15) / 16 * 16;
 
 sqlite3_file* realFile(sqlite3_file* file) {
@@ -115,11 +118,11 @@ int accessFile(sqlite3_vfs* vfs, const char* name, int flags, int* result) {
 }
 
 int fullPathname(sqlite3_vfs* vfs, const char* name, int size, char* out) {
-    const auto path = self(vfs).mapPath(name);
-    if (!path) {
+    std::array<char, PATH_SIZE> path;
+    if (!self(vfs).mapPath(name, path.size(), path.data())) {
         return SQLITE_CANTOPEN;
     }
-    return passVfs<&sqlite3_vfs::xFullPathname>(vfs, path->c_str(), size, out);
+    return passVfs<&sqlite3_vfs::xFullPathname>(vfs, path.data(), size, out);
 }
 
 }  // namespace
@@ -154,10 +157,10 @@ ForwardingVfs::~ForwardingVfs() {
     sqlite3_vfs_register(mReal, 1);
 }
 
-std::optional<int> ForwardingVfs::intercept(VfsCall /*call*/) {
+std::optional<int> ForwardingVfs::intercept(VfsCall /*call*/) noexcept {
     return std::nullopt;
 }
 
-std::optional<std::string> ForwardingVfs::mapPath(const char* path) {
-    return path;
+bool ForwardingVfs::mapPath(const char* name, std::size_t size, char* out) noexcept {
+    return static_cast<std::size_t>(std::snprintf(out, size, "%s", name)) < size;
 }

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -35,11 +36,12 @@ class LM_API ForwardingVfs {
     ForwardingVfs(const ForwardingVfs&) = delete;
     ForwardingVfs& operator=(const ForwardingVfs&) = delete;
 
-    // A result here is answered in place of the call; none lets the call through.
-    virtual std::optional<int> intercept(VfsCall call);
+    // A result here is answered in place of the call; none lets the call through. Throws nothing.
+    virtual std::optional<int> intercept(VfsCall call) noexcept;
 
-    // The path to open for a name that SQLite was given; none answers SQLITE_CANTOPEN.
-    virtual std::optional<std::string> mapPath(const char* path);
+    // Writes the path to open for a name that SQLite was given, with its terminating zero, to
+    // `out` of `size` bytes. False answers SQLITE_CANTOPEN. Throws nothing: SQLite calls it.
+    virtual bool mapPath(const char* name, std::size_t size, char* out) noexcept;
 
     sqlite3_vfs* forwardedTo() { return mReal; }
 

@@ -2,12 +2,6 @@
 
 #include <cstdio>
 
-namespace {
-
-constexpr int NO_HANDLE = -1;
-
-}  // namespace
-
 HostRuntime& HostRuntime::instance() {
     // Never destroyed: the plug-in's singleton may still log while the process exits.
     static HostRuntime& runtime = *new HostRuntime;
@@ -18,6 +12,7 @@ void HostRuntime::configure(HostSetup setup, RecordSink sink) {
     mSetup = std::move(setup);
     mSink = std::move(sink);
     mTime = 0;
+    mFeatures.clear();
     mLastHandle = 0;
     mHandles.clear();
 }
@@ -26,14 +21,21 @@ FeatureLocator* HostRuntime::locator() {
     return mSetup.appClasses ? &mLocator : nullptr;
 }
 
+void HostRuntime::setFeature(const std::string& name, Feature* feature) {
+    mFeatures[name] = feature;
+}
+
+Feature* HostRuntime::findFeature(const std::string& name) const {
+    const auto found = mFeatures.find(name);
+    return found != mFeatures.end() ? found->second : nullptr;
+}
+
 int HostRuntime::acquire(const char* entryPoint, int old) {
     if (mSetup.failing.contains(entryPoint)) {
         return -1;
     }
     const std::lock_guard<std::mutex> lock(mHandlesMutex);
-    if (old != NO_HANDLE) {
-        mHandles.erase(old);
-    }
+    mHandles.erase(old);
     mHandles.insert(++mLastHandle);
     return mLastHandle;
 }

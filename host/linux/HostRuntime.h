@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <mutex>
+#include <string>
 #include <unordered_set>
 #include <utility>
 
@@ -9,6 +11,8 @@
 #include "host/LmApi.h"
 #include "host/linux/HostRecord.h"
 #include "host/linux/HostSetup.h"
+
+class Feature;
 
 // The platform behind the contract's entry points: the set-up that they answer from, the clock, the
 // performance service's handles, and the recorder. There is one per process, as there is one
@@ -37,6 +41,10 @@ class LM_API HostRuntime {
     // Null when the platform has none.
     FeatureLocator* locator();
 
+    // The features that queries are routed to; a null feature takes the name back.
+    void setFeature(const std::string& name, Feature* feature);
+    Feature* findFeature(const std::string& name) const;
+
     // ---- the performance service
     // The next handle, replacing `old`; -1 when `failing` names this entry point.
     int acquire(const char* entryPoint, int old);
@@ -50,6 +58,7 @@ class LM_API HostRuntime {
     std::mutex mSinkMutex;  // one record at a time
     int64_t mTime = 0;
     FeatureLocator mLocator;
+    std::map<std::string, Feature*> mFeatures;  // the host's
     std::mutex mHandlesMutex;
     int mLastHandle = 0;
     std::unordered_set<int> mHandles;  // requested, and neither released nor replaced

@@ -55,8 +55,9 @@ auto onOwnThread(Call call) {
     return std::async(std::launch::async, std::move(call)).get();
 }
 
-// What the plug-in names as the device's directory, below the root; its relative paths, too.
-void enterRoot(const std::filesystem::path& root) {
+// Makes the device's directory below the root, and the root the working directory. Returns the root
+// as an absolute path without links.
+std::filesystem::path enterRoot(const std::filesystem::path& root) {
     const std::filesystem::path directory = root / "data/vendor/lm";
     std::error_code error;
     std::filesystem::create_directories(directory, error);
@@ -67,24 +68,26 @@ void enterRoot(const std::filesystem::path& root) {
         throw std::runtime_error("cannot write to " + directory.string() + ": " +
                                  std::strerror(errno));
     }
-    std::filesystem::current_path(root);
+    const std::filesystem::path resolved = std::filesystem::canonical(root);
+    std::filesystem::current_path(resolved);
+    return resolved;
 }
 
 }  // namespace
 
 LinuxHost::LinuxHost(HostSetup setup, const Options& options, RecordSink sink) : mOptions(options) {
-    mOptions.root = std::filesystem::absolute(options.root).lexically_normal();
-    enterRoot(mOptions.root);
-    std::string root = mOptions.root.string();
-    while (root.ends_with('/')) {
-        root.pop_back();
-    }
-    RelocatingVfs::install(root, mOptions.sync);
+    mOptions.root = enterRoot(options.root);
+    const std::string root = mOptions.root.string();
+    RelocatingVfs::install(root == "/" ? "" : root, mOptions.sync);
     connectPerformanceService(setup.absent);
     HostRuntime::instance().configure(std::move(setup), std::move(sink));
 }
 
-LinuxHost::~LinuxHost() = default;
+LinuxHost::~LinuxHost() {
+    // The singleton stays, but nobody listens any more.
+    mFeature.reset();
+    HostRuntime::instance().configure({}, [](const HostRecord&) {});
+}
 
 void LinuxHost::start(int64_t t) {
     HostRuntime& runtime = HostRuntime::instance();
@@ -97,6 +100,7 @@ void LinuxHost::start(int64_t t) {
     const FeatureRegistry::Factory factory = findFactory();
     if (factory != nullptr) {
         mFeature.reset(factory(makeFeatureInfo(runtime.setup())));
+        runtime.setFeature(FEATURE_CLASS, mFeature.get());
     }
     runtime.record(record::Start{factory != nullptr, mFeature != nullptr});
     if (mFeature == nullptr) {
@@ -148,6 +152,7 @@ void LinuxHost::stop() {
         mFeature->runAsyncIdle(stopRequested);
         mFeature->runAsyncPeriodic(stopRequested);
     });
+    HostRuntime::instance().setFeature(FEATURE_CLASS, nullptr);
     mFeature.reset();
     HostRuntime::instance().record(record::Stop{});
 }

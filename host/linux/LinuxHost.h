@@ -1,11 +1,9 @@
 #pragma once
 
-#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <string>
 
-#include "host/AppState.h"
 #include "host/Feature.h"
 #include "host/LmApi.h"
 #include "host/linux/HostRecord.h"
@@ -42,7 +40,11 @@ class LM_API LinuxHost {
     // Deletes the feature.
     void stop();
 
+    // REQUIRES: between start and stop.
     Feature& feature() { return *mFeature; }
+
+    // The root as an absolute path without links.
+    const std::filesystem::path& root() const { return mOptions.root; }
 
  private:
     Options mOptions;

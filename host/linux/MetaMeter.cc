@@ -6,15 +6,11 @@
 #include <string_view>
 #include <utility>
 
+#include "host/KestrelStartsHints.h"
 #include "host/linux/HostRuntime.h"
 #include "host/linux/MeterRuns.h"
 
 namespace {
-
-constexpr int32_t LAUNCH_HINT = 4225;
-constexpr int32_t LAUNCH_HINT_TYPE = 1;
-constexpr int32_t METER_EVENT = 4103;
-constexpr int32_t LAUNCH_END = 4098;
 
 std::string_view packageOf(std::string_view app) {
     return app.substr(0, app.find('/'));
@@ -48,15 +44,16 @@ float LaunchMeter::calcDiffPercentage(float mean, float value) {
 // ---- MeterRuns
 
 void MeterRuns::handleEvent(AsyncTriggerPayload const& payload) {
-    if (payload.hintId == LAUNCH_HINT && payload.hintType == LAUNCH_HINT_TYPE) {
+    if (payload.hintId == KS_LAUNCH_HINT && payload.hintType == KS_HINT_TYPE_LAUNCH) {
         start(payload);
         return;
     }
-    if (mOpen == nullptr || (payload.hintId != METER_EVENT && payload.hintId != LAUNCH_END)) {
+    if (mOpen == nullptr ||
+        (payload.hintId != KS_HINT_METER_EVENT && payload.hintId != KS_HINT_LAUNCH_END)) {
         return;
     }
     mOpen->meter.mTriggerPayloads.push_back(payload);
-    if (payload.hintId == LAUNCH_END) {
+    if (payload.hintId == KS_HINT_LAUNCH_END) {
         finish();
         return;
     }

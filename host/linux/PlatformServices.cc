@@ -7,6 +7,7 @@
 #include "host/AsyncEvent.h"
 #include "host/CpPLHController.h"
 #include "host/DynamicLoader.h"
+#include "host/Feature.h"
 #include "host/FeatureLocator.h"
 #include "host/KSFeaturesList.h"
 #include "host/linux/HostRuntime.h"
@@ -70,7 +71,10 @@ int AsyncEvent::getPidFromMap(std::string& app) {
 }
 
 int FeatureLocator::getData(std::string& featureName, std::string& app, featureData& data,
-                            int /*type*/) {
+                            int type) {
+    if (Feature* feature = runtime().findFeature(featureName); feature != nullptr) {
+        return feature->getData(app, data, type);
+    }
     const auto& classes = runtime().setup().appClasses;
     if (featureName != "AppClassifier" || !classes) {
         return -1;
@@ -106,7 +110,8 @@ int CpPLHController::commandCp(int command, std::string text, int flag) {
 bool isKnobEnabled(int feature) {
     const auto& knobs = runtime().setup().knobs;
     if (!knobs) {
-        return false;  // there is no knob library, so nobody asked it
+        // The platform has no knob library; a plug-in's search may have found this one.
+        return false;
     }
     const bool enabled = knobs->contains(feature);
     runtime().record(record::Knob{feature, enabled});

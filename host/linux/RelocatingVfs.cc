@@ -1,5 +1,6 @@
 #include "host/linux/RelocatingVfs.h"
 
+#include <cstdio>
 #include <string_view>
 
 namespace {
@@ -17,18 +18,19 @@ void RelocatingVfs::install(const std::string& root, bool sync) {
     vfs.mSync = sync;
 }
 
-std::optional<int> RelocatingVfs::intercept(VfsCall call) {
+std::optional<int> RelocatingVfs::intercept(VfsCall call) noexcept {
     return call == VfsCall::sync && !mSync ? std::optional<int>(SQLITE_OK) : std::nullopt;
 }
 
-std::optional<std::string> RelocatingVfs::mapPath(const char* path) {
-    const std::string_view name = path;
-    if (!name.starts_with(DEVICE_DIRECTORY)) {
-        return std::string(name);
+bool RelocatingVfs::mapPath(const char* name, std::size_t size, char* out) noexcept {
+    const std::string_view path = name;
+    if (!path.starts_with(DEVICE_DIRECTORY)) {
+        return ForwardingVfs::mapPath(name, size, out);
     }
-    if (name.find("/../") != std::string_view::npos || name.ends_with("/..")) {
-        return std::nullopt;
+    if (path.find("/../") != std::string_view::npos || path.ends_with("/..")) {
+        return false;
     }
     const std::lock_guard<std::mutex> lock(mRootMutex);
-    return mRoot + std::string(name);
+    const int length = std::snprintf(out, size, "%s%s", mRoot.c_str(), name);
+    return static_cast<std::size_t>(length) < size;
 }

@@ -16,11 +16,10 @@ class LM_API RelocatingVfs : public ForwardingVfs {
     // on are. It stays for the life of the process, as the plug-in's open files do.
     static void install(const std::string& root, bool sync);
 
-    std::optional<int> intercept(VfsCall call) override;
+    std::optional<int> intercept(VfsCall call) noexcept override;
 
-    // Names below the device's directory go below the root; none that leads out of it goes
-    // anywhere.
-    std::optional<std::string> mapPath(const char* path) override;
+    // Names below the device's directory go below the root, and names that lead out of it nowhere.
+    bool mapPath(const char* name, std::size_t size, char* out) noexcept override;
 
  private:
     RelocatingVfs();

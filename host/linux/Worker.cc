@@ -38,7 +38,7 @@ void Worker::loop() {
             thrown = std::current_exception();
         }
         lock.lock();
-        mThrown = std::move(thrown);
+        mThrown = thrown;
         mTask = nullptr;
         mChanged.notify_all();
     }
