@@ -4,16 +4,11 @@
 #include <limits>
 #include <utility>
 
+#include "host/KestrelStartsHints.h"
+
 namespace {
 
-constexpr int32_t KS_APP_SWITCH = 4097;
-constexpr int32_t KS_FIRST_FRAME = 4103;
-constexpr int32_t KS_APP_REMOVED = 4164;
-constexpr int32_t KS_APP_LAUNCH = 4225;
-
-constexpr int32_t KS_TYPE_BOOSTED_LAUNCH = 1;
 constexpr int32_t KS_TYPE_KEEPS_DATA = 0x1000000;
-constexpr int32_t KS_LAUNCH_OF_GAME = 2;
 
 constexpr uint32_t KS_FLAG_NEW_TASK = 0x10000000;
 
@@ -112,10 +107,10 @@ void AndroidLogImporter::become(const ActivityStart& start, std::vector<TraceObj
     const std::string package(start.package);
     const int64_t untimedT = std::min(std::max(mNow, mLatestT), KS_MAX_T) + KS_LAUNCH_GAP_MS;
     append(mIsTimed ? mNow : untimedT,
-           {.hintId = KS_APP_LAUNCH,
-            .hintType = KS_TYPE_BOOSTED_LAUNCH,
+           {.hintId = KS_LAUNCH_HINT,
+            .hintType = KS_HINT_TYPE_LAUNCH,
             .appName = package,
-            .launchType = mSettings.games.contains(package) ? KS_LAUNCH_OF_GAME : 0},
+            .launchType = mSettings.games.contains(package) ? KS_LAUNCH_TYPE_GAME : 0},
            out);
     mOpen = OpenLaunch{package, mLatestT};
 }
@@ -129,8 +124,8 @@ void AndroidLogImporter::become(const FirstFrame& frame, std::vector<TraceObject
         durationMs = frame.ownMs;
     }
     if (fits(*mOpen, *durationMs)) {
-        append(mOpen->beganT + *durationMs, {.hintId = KS_FIRST_FRAME, .appName = mOpen->package},
-               out);
+        append(mOpen->beganT + *durationMs,
+               {.hintId = KS_HINT_METER_EVENT, .appName = mOpen->package}, out);
     }
     mFront = mOpen->package;
     mOpen.reset();
@@ -142,7 +137,7 @@ void AndroidLogImporter::become(const AppSwitch& appSwitch, std::vector<TraceObj
         return;
     }
     mFront = appSwitch.package;
-    append(mNow, {.hintId = KS_APP_SWITCH, .appName = mFront}, out);
+    append(mNow, {.hintId = KS_HINT_APP_SWITCH, .appName = mFront}, out);
     if (isOtherOpen) {
         mOpen.reset();
     }
@@ -162,7 +157,7 @@ void AndroidLogImporter::become(const ForceStop& stop, std::vector<TraceObject>&
         const bool keepsData =
             mSettings.removals == RemovalPolicy::keep || mUpdating.contains(package);
         append(mNow,
-               {.hintId = KS_APP_REMOVED,
+               {.hintId = KS_HINT_APP_REMOVED,
                 .hintType = keepsData ? KS_TYPE_KEEPS_DATA : 0,
                 .appName = package},
                out);

@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "host/KestrelStartsHints.h"
 #include "tools/FileContent.h"
 #include "tools/InputError.h"
 #include "tools/StrictJson.h"
@@ -12,16 +13,15 @@ using nlohmann::json;
 
 namespace {
 
-constexpr int32_t LAUNCH_HINT = 4225;
-
-std::string_view trimmed(std::string_view line) {
+std::string_view withoutLeadingBlanks(std::string_view line) {
     const auto begin = line.find_first_not_of(" \t\r\n");
     return begin == std::string_view::npos ? std::string_view() : line.substr(begin);
 }
 
 std::vector<std::string> toStrings(const json& value, const std::string& key) {
     std::vector<std::string> texts;
-    for (const json& item : ObjectReader::toArray(value, key)) {
+    ObjectReader::expectArray(value, key);
+    for (const json& item : value) {
         texts.push_back(ObjectReader::toString(item, key));
     }
     return texts;
@@ -38,7 +38,8 @@ std::set<std::string> toWords(const json& value, const std::string& key,
     std::set<std::string> words = toStringSet(value, key);
     for (const std::string& word : words) {
         if (std::find(allowed.begin(), allowed.end(), word) == allowed.end()) {
-            throw JsonError('"' + key + "\" does not know \"" + word + '"');
+            std::string text = '"' + key;
+            throw JsonError(text += "\" does not know \"" + word + '"');
         }
     }
     return words;
@@ -46,7 +47,8 @@ std::set<std::string> toWords(const json& value, const std::string& key,
 
 std::map<std::string, std::string> toTexts(const json& value, const std::string& key) {
     std::map<std::string, std::string> texts;
-    for (const auto& item : ObjectReader::toObject(value, key).items()) {
+    ObjectReader::expectObject(value, key);
+    for (const auto& item : value.items()) {
         texts[item.key()] = ObjectReader::toString(item.value(), item.key());
     }
     return texts;
@@ -54,7 +56,8 @@ std::map<std::string, std::string> toTexts(const json& value, const std::string&
 
 std::map<std::string, int32_t> toNumbers(const json& value, const std::string& key) {
     std::map<std::string, int32_t> numbers;
-    for (const auto& item : ObjectReader::toObject(value, key).items()) {
+    ObjectReader::expectObject(value, key);
+    for (const auto& item : value.items()) {
         numbers[item.key()] = ObjectReader::toInt<int32_t>(item.value(), item.key());
     }
     return numbers;
@@ -75,9 +78,13 @@ RemovalPolicy toRemovalPolicy(const json& value, const std::string& key) {
 }
 
 HostSetup toSetup(const json& value) {
-    ObjectReader reader(ObjectReader::toObject(value, "host"));
+    ObjectReader::expectObject(value, "host");
+    ObjectReader reader(value);
     HostSetup setup;
     reader.readString("featureName", setup.featureName);
+    if (setup.featureName.find('\0') != std::string::npos) {
+        throw JsonError("\"featureName\" must not hold a zero byte: it names files");
+    }
     if (const json* found = reader.optional("properties")) {
         setup.properties = toTexts(*found, "properties");
     }
@@ -85,7 +92,8 @@ HostSetup toSetup(const json& value) {
         setup.knobs.reset();
         if (!found->is_null()) {
             setup.knobs.emplace();
-            for (const json& knob : ObjectReader::toArray(*found, "knobs")) {
+            ObjectReader::expectArray(*found, "knobs");
+            for (const json& knob : *found) {
                 setup.knobs->insert(ObjectReader::toInt<int32_t>(knob, "knobs"));
             }
         }
@@ -150,7 +158,9 @@ DataQuery toDataQuery(ObjectReader& reader) {
 }
 
 FeedbackCall toFeedbackCall(ObjectReader& reader) {
-    ObjectReader fields(ObjectReader::toObject(reader.required("feedback"), "feedback"));
+    const json& feedback = reader.required("feedback");
+    ObjectReader::expectObject(feedback, "feedback");
+    ObjectReader fields(feedback);
     FeedbackCall call;
     call.hintId = ObjectReader::toInt<int32_t>(fields.required("hintId"), "hintId");
     call.hintType = ObjectReader::toInt<int32_t>(fields.required("hintType"), "hintType");
@@ -162,11 +172,11 @@ FeedbackCall toFeedbackCall(ObjectReader& reader) {
 }  // namespace
 
 bool isSkippedTraceLine(std::string_view line) {
-    return trimmed(line).empty() || line.starts_with('#');
+    return withoutLeadingBlanks(line).empty() || line.starts_with('#');
 }
 
 bool looksLikeTrace(std::string_view line) {
-    return trimmed(line).starts_with('{');
+    return withoutLeadingBlanks(line).starts_with('{');
 }
 
 std::optional<TraceObject> EventTraceReader::readLine(std::string_view line, std::size_t number) {
@@ -247,7 +257,7 @@ std::string toTraceLine(const TraceObject& object) {
         line["hintType"] = event.hintType;
     }
     line["appName"] = event.appName;
-    if (event.hintId == LAUNCH_HINT) {
+    if (event.hintId == KS_LAUNCH_HINT) {
         line["launchType"] = event.launchType;
     }
     return line.dump(-1, ' ', false, json::error_handler_t::replace);

@@ -17,9 +17,11 @@ std::string readFile(const std::string& fileName) {
     }
     std::string content;
     std::array<char, 65536> block;
-    while (const std::size_t size = std::fread(block.data(), 1, block.size(), file.get())) {
+    std::size_t size = 0;
+    do {
+        size = std::fread(block.data(), 1, block.size(), file.get());
         content.append(block.data(), size);
-    }
+    } while (size == block.size());
     if (std::ferror(file.get()) != 0) {
         fail();
     }

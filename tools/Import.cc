@@ -1,20 +1,22 @@
 #include "tools/Import.h"
 
 #include <iostream>
-#include <stdexcept>
 
 #include "tools/EventTrace.h"
 #include "tools/Input.h"
+#include "tools/Interruption.h"
 
-void importLogs(const std::vector<std::string>& logs, const std::string& hostFile) {
+void importLogs(const std::vector<std::string>& logs, const std::optional<std::string>& hostFile) {
     InputSequence inputs(logs, hostFile, InputKinds::logsOnly);
-    while (const auto object = inputs.next()) {
+    while (!wasInterrupted()) {
+        const auto object = inputs.next();
+        if (!object) {
+            break;
+        }
         std::cout << toTraceLine(*object) << '\n';
         if (inputs.hasLiveInput()) {
-            std::cout.flush();
+            flushOutput();
         }
     }
-    if (!std::cout.flush()) {
-        throw std::runtime_error("cannot write to standard output");
-    }
+    flushOutput();
 }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
-// `kestrelhost import`: prints the event trace that a replay of these Android logs would deliver.
-// `hostFile` may be empty. Throws InputError for wrong inputs.
-void importLogs(const std::vector<std::string>& logs, const std::string& hostFile);
+// `kestrelhost import`: prints the event trace that a replay of these Android logs would deliver,
+// up to their end or an interruption. Throws InputError for wrong inputs.
+void importLogs(const std::vector<std::string>& logs, const std::optional<std::string>& hostFile);

@@ -1,8 +1,10 @@
 #include "tools/Input.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <deque>
 #include <iostream>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -10,6 +12,7 @@
 #include "tools/EventTrace.h"
 #include "tools/FileContent.h"
 #include "tools/InputError.h"
+#include "tools/Interruption.h"
 
 namespace {
 
@@ -31,29 +34,41 @@ std::string_view takeLine(std::string_view& rest) {
     return line;
 }
 
+// Whether an input is a trace, by its first line that says something; `line` is empty when no line
+// does.
+bool isTrace(const std::string& name, InputKinds kinds, std::string_view line, std::size_t number) {
+    if (kinds == InputKinds::tracesAndLogs) {
+        return line.empty() || looksLikeTrace(line);
+    }
+    if (looksLikeTrace(line)) {
+        throw InputError(name, number, "an event trace, where only Android logs are taken");
+    }
+    return false;
+}
+
 // A trace is read twice: once to check all of it, and once to play it.
 class TraceFile : public Input {
  public:
     TraceFile(std::string name, std::string content)
         : Input(std::move(name)), mContent(std::move(content)) {
         rewind();
-        // Only the first object can be the set-up.
-        while (!mRest.empty() && isSkippedTraceLine(peekLine())) {
-            takeNextLine();
-        }
-        if (!mRest.empty()) {
-            mReader->readLine(peekLine(), mLine + 1);
-        }
-        mSetup = mReader->setup();
-        rewind();
     }
 
-    const std::optional<HostSetup>& setup() const override { return mSetup; }
+    const std::optional<HostSetup>& recognise() override {
+        next();  // only the first object can be the set-up
+        mSetup = mReader->setup();
+        rewind();
+        return mSetup;
+    }
 
     std::optional<Span> check(const HostSetup& /*setup*/) override {
         std::optional<Span> span;
         while (const auto object = next()) {
-            span = {span ? span->first : object->t, object->t};
+            if (!span) {
+                span = {object->t, object->line, object->t, object->line};
+            }
+            span->lastT = object->t;
+            span->lastLine = object->line;
         }
         rewind();
         return span;
@@ -61,8 +76,8 @@ class TraceFile : public Input {
 
     std::optional<TraceObject> next() override {
         while (!mRest.empty()) {
-            const std::string_view line = takeNextLine();
-            if (auto object = mReader->readLine(line, mLine)) {
+            const std::string_view line = takeLine(mRest);
+            if (auto object = mReader->readLine(line, ++mLine)) {
                 return object;
             }
         }
@@ -78,16 +93,6 @@ class TraceFile : public Input {
         mReader.emplace(name());
     }
 
-    std::string_view peekLine() const {
-        std::string_view rest = mRest;
-        return takeLine(rest);
-    }
-
-    std::string_view takeNextLine() {
-        ++mLine;
-        return takeLine(mRest);
-    }
-
     const std::string mContent;
     std::string_view mRest;  // of mContent
     std::size_t mLine = 0;   // the last line taken
@@ -100,7 +105,7 @@ class LogFile : public Input {
     LogFile(std::string name, std::string content)
         : Input(std::move(name)), mContent(std::move(content)) {}
 
-    const std::optional<HostSetup>& setup() const override { return NO_SETUP; }
+    const std::optional<HostSetup>& recognise() override { return NO_SETUP; }
 
     std::optional<Span> check(const HostSetup& setup) override {
         if (!AndroidLogImporter::importFile(mContent, importSettings(setup), mEvents)) {
@@ -110,7 +115,9 @@ class LogFile : public Input {
         if (mEvents.empty()) {
             return std::nullopt;
         }
-        return Span{mEvents.front().t, mEvents.back().t};
+        const TraceObject& first = mEvents.front();
+        const TraceObject& last = mEvents.back();
+        return Span{first.t, first.line, last.t, last.line};
     }
 
     std::optional<TraceObject> next() override {
@@ -129,111 +136,90 @@ class LogFile : public Input {
 };
 
 // Standard input, line by line as it arrives.
-class LiveTrace : public Input {
+class LiveInput : public Input {
  public:
-    LiveTrace() : Input("-"), mReader("-") {}
+    explicit LiveInput(InputKinds kinds) : Input("-"), mKinds(kinds), mTrace("-") {}
 
-    // The lines that were read to find out the kind.
-    void push(std::string_view line) {
-        if (auto object = mReader.readLine(line, ++mLine)) {
-            mWaiting = std::move(object);
-        }
-    }
-
-    const std::optional<HostSetup>& setup() const override { return mReader.setup(); }
-
-    std::optional<Span> check(const HostSetup& /*setup*/) override { return std::nullopt; }
-
-    std::optional<TraceObject> next() override {
-        if (mWaiting) {
-            return std::exchange(mWaiting, std::nullopt);
-        }
-        std::string line;
-        while (std::getline(std::cin, line)) {
-            if (auto object = mReader.readLine(line, ++mLine)) {
-                return object;
+    const std::optional<HostSetup>& recognise() override {
+        std::string_view first;
+        while (first.empty() && readLine()) {
+            if (!isSkippedTraceLine(mText)) {
+                first = mText;
             }
         }
-        return std::nullopt;
+        expectReadable();
+        mIsTrace = isTrace(name(), mKinds, first, mLine);
+        if (mIsTrace) {
+            push();
+        }
+        return mTrace.setup();
     }
 
- private:
-    EventTraceReader mReader;
-    std::size_t mLine = 0;
-    std::optional<TraceObject> mWaiting;
-};
-
-class LiveLog : public Input {
- public:
-    explicit LiveLog(std::vector<std::string> firstLines)
-        : Input("-"), mFirstLines(std::move(firstLines)) {}
-
-    const std::optional<HostSetup>& setup() const override { return NO_SETUP; }
-
     std::optional<Span> check(const HostSetup& setup) override {
-        mImporter.emplace(importSettings(setup));
-        for (const std::string& line : std::exchange(mFirstLines, {})) {
-            import(line);
+        if (!mIsTrace) {
+            mLog.emplace(importSettings(setup));
+            push();
         }
         return std::nullopt;
     }
 
     std::optional<TraceObject> next() override {
-        std::string line;
-        while (mNext == mEvents.size() && std::getline(std::cin, line)) {
-            mEvents.clear();
-            mNext = 0;
-            import(line);
+        while (mWaiting.empty()) {
+            if (!readLine()) {
+                expectEnd();
+                return std::nullopt;
+            }
+            push();
         }
-        if (mNext < mEvents.size()) {
-            return std::move(mEvents[mNext++]);
-        }
-        if (!mImporter->sawLogLine()) {
-            throw InputError(name(), 1, NO_LOG_LINE);
-        }
-        return std::nullopt;
+        TraceObject object = std::move(mWaiting.front());
+        mWaiting.pop_front();
+        return object;
     }
 
  private:
-    void import(std::string_view line) { mImporter->importLine(line, ++mLine, mEvents); }
-
-    std::vector<std::string> mFirstLines;  // read to find out the kind
-    std::optional<AndroidLogImporter> mImporter;
-    std::size_t mLine = 0;
-    std::vector<TraceObject> mEvents;  // of the last lines
-    std::size_t mNext = 0;
-};
-
-// The input of a kind that shows in its first line that says something; `line` is that line, and
-// empty when there is none.
-bool isTrace(const std::string& name, InputKinds kinds, std::string_view line, std::size_t number) {
-    if (kinds == InputKinds::tracesAndLogs) {
-        return line.empty() || looksLikeTrace(line);
+    bool readLine() {
+        if (!std::getline(std::cin, mText)) {
+            mText.clear();
+            return false;
+        }
+        ++mLine;
+        return true;
     }
-    if (looksLikeTrace(line)) {
-        throw InputError(name, number, "an event trace, where only Android logs are taken");
-    }
-    return false;
-}
 
-std::unique_ptr<Input> openLive(const std::string& name, InputKinds kinds) {
-    std::vector<std::string> lines;
-    std::string_view first;
-    for (std::string line; first.empty() && std::getline(std::cin, line);) {
-        lines.push_back(line);
-        if (!isSkippedTraceLine(line)) {
-            first = lines.back();
+    // Makes of the last line read what it becomes.
+    void push() {
+        if (!mLog) {
+            if (auto object = mTrace.readLine(mText, mLine)) {
+                mWaiting.push_back(std::move(*object));
+            }
+            return;
+        }
+        std::vector<TraceObject> events;
+        mLog->importLine(mText, mLine, events);
+        std::move(events.begin(), events.end(), std::back_inserter(mWaiting));
+    }
+
+    static void expectReadable() {
+        if (std::ferror(stdin) != 0 && !wasInterrupted()) {
+            throw InputError("standard input cannot be read");
         }
     }
-    if (!isTrace(name, kinds, first, lines.size())) {
-        return std::make_unique<LiveLog>(std::move(lines));
+
+    void expectEnd() {
+        expectReadable();
+        if (mLog && !mLog->sawLogLine() && !wasInterrupted()) {
+            throw InputError(name(), 1, NO_LOG_LINE);
+        }
     }
-    auto trace = std::make_unique<LiveTrace>();
-    for (const std::string& line : lines) {
-        trace->push(line);
-    }
-    return trace;
-}
+
+    InputKinds mKinds;
+    bool mIsTrace = true;
+    EventTraceReader mTrace;
+    std::optional<AndroidLogImporter> mLog;
+    std::string mText;      // the last line read
+    std::size_t mLine = 0;  // its number
+    std::deque<TraceObject> mWaiting;
+};
 
 std::unique_ptr<Input> openFile(const std::string& name, InputKinds kinds) {
     std::string content = readFile(name);
@@ -253,18 +239,18 @@ std::unique_ptr<Input> openFile(const std::string& name, InputKinds kinds) {
     return std::make_unique<LogFile>(name, std::move(content));
 }
 
-// Adds to a `t`, or says which line's does not fit.
+// A `t` moved by `shift`, or an error that tells whose `t` does not fit.
 int64_t movedBy(int64_t t, int64_t shift, const std::string& name, std::size_t line) {
     int64_t moved = 0;
     if (__builtin_add_overflow(t, shift, &moved)) {
         throw InputError(name, line,
-                         "\"t\" does not fit once the input has been moved behind "
-                         "the one before it");
+                         "\"t\" does not fit once the input has been moved behind the one before "
+                         "it");
     }
     return moved;
 }
 
-// How far an input that begins at `first` is moved behind one that ended at `last`.
+// How far an input that begins at `first`, on that line, is moved behind one that ended at `last`.
 int64_t shiftBehind(std::optional<int64_t> last, int64_t first, const std::string& name,
                     std::size_t line) {
     if (!last || first >= *last) {
@@ -281,63 +267,83 @@ int64_t shiftBehind(std::optional<int64_t> last, int64_t first, const std::strin
 }  // namespace
 
 std::unique_ptr<Input> openInput(const std::string& name, InputKinds kinds) {
-    return name == "-" ? openLive(name, kinds) : openFile(name, kinds);
+    if (name == "-") {
+        return std::make_unique<LiveInput>(kinds);
+    }
+    return openFile(name, kinds);
 }
 
-InputSequence::InputSequence(const std::vector<std::string>& names, const std::string& hostFile,
-                             InputKinds kinds) {
+InputSequence::InputSequence(const std::vector<std::string>& names,
+                             const std::optional<std::string>& hostFile, InputKinds kinds)
+    : mHasHostFile(hostFile.has_value()) {
     if (std::count(names.begin(), names.end(), "-") > 1) {
         throw InputError("standard input (-) can be an input only once");
     }
-    // Files first: a wrong one is told before anything is awaited on standard input.
-    mInputs.resize(names.size());
-    for (const bool live : {false, true}) {
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            if ((names[i] == "-") == live) {
-                mInputs[i] = openInput(names[i], kinds);
-            }
-        }
+    for (const std::string& name : names) {
+        mInputs.push_back(openInput(name, kinds));
     }
     chooseSetup(hostFile);
-    checkAll();
+    checkFiles();
 }
 
-void InputSequence::chooseSetup(const std::string& hostFile) {
-    if (!hostFile.empty()) {
-        mSetup = readSetupFile(hostFile);
-        return;
-    }
-    // There is one host for all inputs, so they must not ask for different ones.
-    mSetup = mInputs.front()->setup().value_or(HostSetup{});
+void InputSequence::chooseSetup(const std::optional<std::string>& hostFile) {
+    Input& first = *mInputs.front();
+    mSetup = hostFile ? readSetupFile(*hostFile) : first.recognise().value_or(HostSetup{});
     for (const auto& input : mInputs) {
-        if (input->setup() && *input->setup() != mSetup) {
-            throw InputError(input->name() + ": its host set-up differs from that of " +
-                             mInputs.front()->name() + "; give the one to play with --host");
+        if (!input->isLive()) {
+            expectSameSetup(*input);
         }
     }
+    if (first.isLive() && !hostFile) {
+        first.check(mSetup);
+        mBegan = true;
+    }
 }
 
-void InputSequence::checkAll() {
+// There is one host for all inputs, so none may ask for another one than it plays.
+void InputSequence::expectSameSetup(Input& input) {
+    const std::optional<HostSetup>& setup = input.recognise();
+    if (!mHasHostFile && setup && *setup != mSetup) {
+        throw InputError(input.name() + ": its host set-up differs from that of " +
+                         mInputs.front()->name() + "; give the one to play with --host");
+    }
+}
+
+void InputSequence::checkFiles() {
     bool sawLive = false;
     bool sawObject = false;
     std::optional<int64_t> last;
     for (const auto& input : mInputs) {
+        if (input->isLive()) {
+            sawLive = true;
+            continue;
+        }
         const auto span = input->check(mSetup);
-        sawLive = sawLive || input->isLive();
         if (!span || sawLive) {
             continue;  // where a live input ends is not known yet
         }
         if (!std::exchange(sawObject, true)) {
-            mFirstT = span->first;
+            mFirstT = span->firstT;
         }
-        const int64_t shift = shiftBehind(last, span->first, input->name(), 1);
-        last = movedBy(span->last, shift, input->name(), 1);
+        const int64_t shift = shiftBehind(last, span->firstT, input->name(), span->firstLine);
+        last = movedBy(span->lastT, shift, input->name(), span->lastLine);
+    }
+}
+
+void InputSequence::begin(Input& input) {
+    mBegan = true;
+    if (input.isLive()) {
+        expectSameSetup(input);
+        input.check(mSetup);
     }
 }
 
 std::optional<TraceObject> InputSequence::next() {
     while (mCurrent < mInputs.size()) {
         Input& input = *mInputs[mCurrent];
+        if (!mBegan) {
+            begin(input);
+        }
         if (auto object = input.next()) {
             if (!mShift) {
                 mShift = shiftBehind(mLastT, object->t, input.name(), object->line);
@@ -347,6 +353,7 @@ std::optional<TraceObject> InputSequence::next() {
             return object;
         }
         ++mCurrent;
+        mBegan = false;
         mShift.reset();
     }
     return std::nullopt;

@@ -22,21 +22,25 @@ class Input {
     Input& operator=(const Input&) = delete;
 
     const std::string& name() const { return mName; }  // "-": standard input
+    bool isLive() const { return mName == "-"; }
 
-    // The host's set-up that the input itself brings.
-    virtual const std::optional<HostSetup>& setup() const = 0;
+    // Reads as far as the kind and the set-up need, and returns the set-up that the input brings.
+    virtual const std::optional<HostSetup>& recognise() = 0;
 
-    // The first and the last `t` of a file.
+    // The first and the last object of a file.
     struct Span {
-        int64_t first;
-        int64_t last;
+        int64_t firstT;
+        std::size_t firstLine;
+        int64_t lastT;
+        std::size_t lastLine;
     };
 
-    // Checks all of a file; `setup` is what the host will play. Returns the times that the file
-    // spans; none for an input without objects, and for standard input, which has yet to arrive.
+    // Checks all of a file; `setup` is what the host will play. Returns what the file spans; none
+    // for an input without objects, and for standard input, which has yet to arrive.
+    // REQUIRES: a file has been recognised.
     virtual std::optional<Span> check(const HostSetup& setup) = 0;
 
-    // The next object; none at the end. REQUIRES: check.
+    // The next object; none at the end. REQUIRES: recognised and checked.
     virtual std::optional<TraceObject> next() = 0;
 
     // How much of the input has been read, and of how much; 0 of 0 where nobody knows.
@@ -46,8 +50,6 @@ class Input {
     };
     virtual Progress progress() const { return {}; }
 
-    bool isLive() const { return mName == "-"; }
-
  protected:
     explicit Input(std::string name) : mName(std::move(name)) {}
 
@@ -55,16 +57,16 @@ class Input {
     std::string mName;
 };
 
-// Opens one input; of standard input, reads as far as its kind and set-up need.
 std::unique_ptr<Input> openInput(const std::string& name, InputKinds kinds);
 
 // Several inputs, played one after the other on one clock: one that begins before the last `t` of
 // what came before is moved as a whole, to begin 1000 ms after it.
 class InputSequence {
  public:
-    // Opens all and finds the one set-up for them: `hostFile` if there is one, else what the inputs
-    // say. Then checks all files. Throws InputError.
-    InputSequence(const std::vector<std::string>& names, const std::string& hostFile,
+    // Opens all and finds the one set-up for them: that of `hostFile` if it is given, else what the
+    // first input brings; others must agree. Then checks all files. Standard input is not waited
+    // for, unless it comes first and its set-up is needed.
+    InputSequence(const std::vector<std::string>& names, const std::optional<std::string>& hostFile,
                   InputKinds kinds);
 
     const HostSetup& setup() const { return mSetup; }
@@ -80,13 +82,17 @@ class InputSequence {
     Input::Progress progress() const;
 
  private:
-    void chooseSetup(const std::string& hostFile);
-    void checkAll();
+    void chooseSetup(const std::optional<std::string>& hostFile);
+    void expectSameSetup(Input& input);
+    void checkFiles();
+    void begin(Input& input);
 
     std::vector<std::unique_ptr<Input>> mInputs;
-    std::size_t mCurrent = 0;
+    bool mHasHostFile;
     HostSetup mSetup;
     int64_t mFirstT = 0;
+    std::size_t mCurrent = 0;
+    bool mBegan = false;            // the current input has been begun
     std::optional<int64_t> mLastT;  // on the common clock
-    std::optional<int64_t> mShift;  // of the current input, once it has begun
+    std::optional<int64_t> mShift;  // of the current input, once its first object is known
 };

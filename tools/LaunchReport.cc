@@ -1,77 +1,83 @@
 #include "tools/LaunchReport.h"
 
-#include <iomanip>
-#include <sstream>
+#include <array>
+#include <cstdio>
+#include <string_view>
+
+#include "host/AppState.h"
+#include "host/KestrelStartsHints.h"
+#include "tools/TerminalText.h"
 
 namespace {
 
-constexpr int32_t LAUNCH_HINT = 4225;
-constexpr int32_t LAUNCH_HINT_TYPE = 1;
-constexpr int32_t DEFAULT_BOOST_TYPE = 7;
-
-constexpr int32_t STATE_LEARNING = 0;
-constexpr int32_t STATE_LEARNED = 4;
-constexpr int32_t STATE_RELEARN = 5;
-constexpr int32_t STATE_DISABLED = 99;
-
-constexpr int TIME_WIDTH = 17;
+constexpr std::size_t LINE_WIDTH = 80;
+constexpr std::size_t TIME_WIDTH = 19;
 constexpr std::size_t APP_WIDTH = 30;
-constexpr int STATE_WIDTH = 8;
-constexpr int NUMBER_WIDTH = 8;
+constexpr std::size_t STATE_WIDTH = 8;
+constexpr std::size_t BOOST_WIDTH = 8;
+constexpr std::size_t COUNT_WIDTH = 9;
+constexpr std::size_t LEARNED_WIDTH = 12;
+constexpr std::size_t SINCE_WIDTH = 7;
+constexpr std::string_view GAP = "  ";
+
+// What the plug-in logs while all is well.
+constexpr std::array<std::string_view, 8> ROUTINE_LINES = {
+    "() 60: Major Version", "() 132: KGM Status",        "() 136: Kestrel Startsv",
+    "() 855: launchCount",  "() 859: Should  Retrigger", "() 464: deleteDeallocateDR",
+    "() 69: Meter aborted", "() 88: no valid triggers",
+};
+
+bool isRoutine(std::string_view text) {
+    for (const std::string_view routine : ROUTINE_LINES) {
+        if (text.find(routine) != std::string_view::npos) {
+            return true;
+        }
+    }
+    return false;
+}
 
 std::string stateText(int32_t state) {
     switch (state) {
-        case STATE_LEARNING:
+        case APP_STATE_LEARNING:
             return "learning";
-        case STATE_LEARNED:
+        case APP_STATE_LEARNED:
             return "learned";
-        case STATE_DISABLED:
+        case APP_STATE_DISABLED:
             return "disabled";
         default:
             return "state " + std::to_string(state);
     }
 }
 
-// DDDd HH:MM:SS.mmm, as the input's clock says it.
+// [DAYSd ]HH:MM:SS.mmm, as the input's clock says it.
 std::string timeText(int64_t t) {
     if (t < 0) {
         return std::to_string(t) + " ms";
     }
-    std::ostringstream text;
-    text << std::setfill('0');
-    if (t >= 86400000) {
-        text << t / 86400000 << "d ";
-    }
-    text << std::setw(2) << t / 3600000 % 24 << ':' << std::setw(2) << t / 60000 % 60 << ':'
-         << std::setw(2) << t / 1000 % 60 << '.' << std::setw(3) << t % 1000;
-    return text.str();
+    constexpr int64_t DAY_MS = 86400000;
+    const int64_t ms = t % DAY_MS;
+    std::array<char, 48> text;
+    std::snprintf(text.data(), text.size(), "%02d:%02d:%02d.%03d", static_cast<int>(ms / 3600000),
+                  static_cast<int>(ms / 60000 % 60), static_cast<int>(ms / 1000 % 60),
+                  static_cast<int>(ms % 1000));
+    return t < DAY_MS ? text.data() : std::to_string(t / DAY_MS) + "d " + text.data();
 }
 
-// Fits a column: a long name loses its beginning, which packages have in common; what a terminal
-// would not print becomes "?".
+std::string right(const std::string& text, std::size_t width) {
+    return std::string(width - std::min(width, text.size()), ' ') + text;
+}
+
+// A long name loses its beginning, which packages have in common.
 std::string appText(const std::string& app) {
-    std::string text;
-    for (const char c :
-         app.size() > APP_WIDTH ? ".." + app.substr(app.size() - APP_WIDTH + 2) : app) {
-        const auto byte = static_cast<unsigned char>(c);
-        text += byte < 0x20 || byte == 0x7f ? '?' : c;
-    }
-    return text;
+    return padded(endWithin(printable(app), APP_WIDTH), APP_WIDTH);
 }
 
-std::string durationText(std::optional<int32_t> durationMs) {
-    return durationMs ? std::to_string(*durationMs) : "-";
+std::string numberText(std::optional<int32_t> number) {
+    return number ? std::to_string(*number) : "-";
 }
 
-// A log line that tells of something that did not work.
-bool tellsOfFailure(const std::string& text) {
-    for (const char* sign : {"ERROR", "xception", "NULL", "nullptr", "fail", "Fail", "not compat",
-                             "not found", "Error"}) {
-        if (text.find(sign) != std::string::npos) {
-            return true;
-        }
-    }
-    return false;
+std::string beginning(int64_t t, const std::string& app) {
+    return right(timeText(t), TIME_WIDTH) + std::string(GAP) + appText(app) + std::string(GAP);
 }
 
 }  // namespace
@@ -82,20 +88,21 @@ void LaunchReport::add(const HostRecord& entry) {
 
 void LaunchReport::addRecord(int64_t t, const record::Event& event) {
     mLaunch = {};
-    if (event.hintId == LAUNCH_HINT && event.hintType == LAUNCH_HINT_TYPE) {
+    if (event.hintId == KS_LAUNCH_HINT && event.hintType == KS_HINT_TYPE_LAUNCH) {
         mLaunch.t = t;
         mLaunch.app = event.appName;
+        mLaunch.isLaunch = true;
     }
 }
 
 void LaunchReport::addRecord(int64_t, const record::HintAcqRel& boost) {
-    if (boost.hintType == DEFAULT_BOOST_TYPE) {
-        mLaunch.defaultBoost = boost.duration;
+    if (boost.hintType == KS_HINT_TYPE_DEFAULT_BOOST) {
+        mLaunch.defaultBoostMs = boost.duration;
     }
 }
 
 void LaunchReport::addRecord(int64_t, const record::Hint& boost) {
-    mLaunch.launchBoost = boost.duration;
+    mLaunch.launchBoostMs = boost.duration;
 }
 
 void LaunchReport::addRecord(int64_t, const record::Meter&) {
@@ -104,43 +111,37 @@ void LaunchReport::addRecord(int64_t, const record::Meter&) {
 
 void LaunchReport::endEvent(int32_t state) {
     // A launch that the feature passed over is neither boosted nor measured.
-    if (mLaunch.app.empty() ||
-        !(mLaunch.defaultBoost || mLaunch.launchBoost || mLaunch.measuring)) {
-        mLaunch = {};
-        return;
+    if (mLaunch.isLaunch &&
+        (mLaunch.defaultBoostMs || mLaunch.launchBoostMs || mLaunch.measuring)) {
+        ++mApps[mLaunch.app].launches;
+        printHeader();
+        mOut << beginning(mLaunch.t, mLaunch.app) << padded(stateText(state), STATE_WIDTH)
+             << right(numberText(mLaunch.defaultBoostMs), BOOST_WIDTH)
+             << right(numberText(mLaunch.launchBoostMs), BOOST_WIDTH) << '\n';
     }
-    ++mApps[mLaunch.app].launches;
-    printHeader();
-    mOut << std::right << std::setw(TIME_WIDTH) << timeText(mLaunch.t) << "  " << std::left
-         << std::setw(static_cast<int>(APP_WIDTH)) << appText(mLaunch.app) << "  "
-         << std::setw(STATE_WIDTH) << stateText(state) << std::right << std::setw(NUMBER_WIDTH)
-         << durationText(mLaunch.defaultBoost) << std::setw(NUMBER_WIDTH)
-         << durationText(mLaunch.launchBoost) << '\n';
     mLaunch = {};
 }
 
 void LaunchReport::addRecord(int64_t t, const record::Measured& run) {
     if (run.aborted) {
-        printNote(t, run.app, "launch cut off, not measured");
+        printNote(t, run.app, "cut off, not measured");
         return;
     }
     if (run.duration > 0) {
         ++mApps[run.app].measured;
-        printNote(t, run.app, "measured " + std::to_string(run.duration) + " ms");
-    } else {
-        printNote(t, run.app, "no first frame seen");
     }
+    printNote(t, run.app, "measured " + std::to_string(run.duration) + " ms");
 }
 
 void LaunchReport::addRecord(int64_t t, const record::State& change) {
     switch (change.state) {
-        case STATE_LEARNED:
+        case APP_STATE_LEARNED:
             printNote(t, change.app, "is learned");
             break;
-        case STATE_RELEARN:
+        case APP_STATE_RELEARN:
             printNote(t, change.app, "goes back to learning");
             break;
-        case STATE_DISABLED:
+        case APP_STATE_DISABLED:
             printNote(t, change.app, "is disabled");
             break;
         default:
@@ -153,14 +154,14 @@ void LaunchReport::addRecord(int64_t t, const record::Forget& removal) {
 }
 
 void LaunchReport::addRecord(int64_t, const record::Log& line) {
-    if (mShowLog || tellsOfFailure(line.text)) {
-        mOut << "  log: " << line.text << '\n';
+    if (mShowLog || !isRoutine(line.text)) {
+        mOut << wrapped("  log: " + printable(line.text), LINE_WIDTH, 7) << '\n';
     }
 }
 
 void LaunchReport::printNote(int64_t t, const std::string& app, const std::string& note) {
-    mOut << std::right << std::setw(TIME_WIDTH) << timeText(t) << "  " << std::left
-         << std::setw(static_cast<int>(APP_WIDTH)) << appText(app) << "  " << note << '\n';
+    printHeader();
+    mOut << beginning(t, app) << note << '\n';
 }
 
 void LaunchReport::printHeader() {
@@ -168,12 +169,12 @@ void LaunchReport::printHeader() {
         return;
     }
     mPrintedHeader = true;
-    mOut << std::right << std::setw(TIME_WIDTH) << "time" << "  " << std::left
-         << std::setw(static_cast<int>(APP_WIDTH)) << "launch" << "  " << std::setw(STATE_WIDTH)
-         << "state" << std::right << std::setw(NUMBER_WIDTH) << "default" << std::setw(NUMBER_WIDTH)
-         << "launch" << '\n'
-         << std::setw(TIME_WIDTH + 2 + static_cast<int>(APP_WIDTH) + 2 + STATE_WIDTH) << ""
-         << std::setw(NUMBER_WIDTH) << "ms" << std::setw(NUMBER_WIDTH) << "ms" << '\n';
+    const std::size_t boosts =
+        TIME_WIDTH + GAP.size() + APP_WIDTH + GAP.size() + STATE_WIDTH + 2 * BOOST_WIDTH;
+    mOut << right("boosts in ms", boosts) << '\n'
+         << right("time", TIME_WIDTH) << GAP << padded("app", APP_WIDTH) << GAP
+         << padded("state", STATE_WIDTH) << right("default", BOOST_WIDTH)
+         << right("launch", BOOST_WIDTH) << '\n';
 }
 
 void LaunchReport::printTable(const std::map<std::string, LearnedApp>& learned) {
@@ -182,17 +183,21 @@ void LaunchReport::printTable(const std::map<std::string, LearnedApp>& learned) 
         return;
     }
     mOut << '\n'
-         << std::left << std::setw(static_cast<int>(APP_WIDTH)) << "app" << std::right
-         << std::setw(9) << "launches" << std::setw(9) << "measured" << "  " << std::left
-         << std::setw(STATE_WIDTH) << "state" << std::right << std::setw(12) << "learned ms"
-         << std::setw(7) << "since" << '\n';
+         << padded("app", APP_WIDTH) << right("launches", COUNT_WIDTH)
+         << right("measured", COUNT_WIDTH) << GAP << padded("state", STATE_WIDTH)
+         << right("learned ms", LEARNED_WIDTH) << right("since", SINCE_WIDTH) << '\n';
     for (const auto& [app, totals] : mApps) {
-        const auto record = learned.find(app);
-        const bool known = record != learned.end();
-        mOut << std::left << std::setw(static_cast<int>(APP_WIDTH)) << appText(app) << std::right
-             << std::setw(9) << totals.launches << std::setw(9) << totals.measured << "  "
-             << std::left << std::setw(STATE_WIDTH) << stateText(totals.state) << std::right
-             << std::setw(12) << (known ? std::to_string(record->second.launchDuration) : "-")
-             << std::setw(7) << (known ? std::to_string(record->second.launchCount) : "-") << '\n';
+        const auto found = learned.find(app);
+        std::optional<int32_t> durationMs;
+        std::optional<int32_t> launchesSince;
+        if (found != learned.end()) {
+            durationMs = found->second.launchDuration;
+            launchesSince = found->second.launchCount;
+        }
+        mOut << appText(app) << right(std::to_string(totals.launches), COUNT_WIDTH)
+             << right(std::to_string(totals.measured), COUNT_WIDTH) << GAP
+             << padded(stateText(totals.state), STATE_WIDTH)
+             << right(numberText(durationMs), LEARNED_WIDTH)
+             << right(numberText(launchesSince), SINCE_WIDTH) << '\n';
     }
 }

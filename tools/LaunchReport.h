@@ -13,7 +13,7 @@
 // decided, and a table per app at the end. Fits 80 columns.
 class LaunchReport {
  public:
-    // `showLog`: every log line too, else only those that tell of a failure.
+    // `showLog`: every log line too, else only those that do not belong to every day.
     LaunchReport(std::ostream& out, bool showLog) : mOut(out), mShowLog(showLog) {}
 
     void add(const HostRecord& entry);
@@ -37,10 +37,11 @@ class LaunchReport {
 
  private:
     struct Launch {
+        bool isLaunch = false;  // the event being handled is one
         int64_t t = 0;
-        std::string app;                      // empty: no launch is being handled
-        std::optional<int32_t> defaultBoost;  // ms
-        std::optional<int32_t> launchBoost;   // ms
+        std::string app;
+        std::optional<int32_t> defaultBoostMs;
+        std::optional<int32_t> launchBoostMs;
         bool measuring = false;
     };
     struct Totals {

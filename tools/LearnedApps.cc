@@ -5,11 +5,10 @@
 
 std::map<std::string, LearnedApp> readLearnedApps(const std::filesystem::path& root) {
     std::map<std::string, LearnedApp> apps;
-    const std::string fileName = "KestrelStartsAction.db";
-    if (!std::filesystem::exists(root / "data/vendor/lm" / fileName)) {
+    if (!std::filesystem::exists(root / "data/vendor/lm" / KS_OUTPUT_DB_FILE)) {
         return apps;  // opening would create it
     }
-    LMDatabase<KSPerfdOutput> db(0, fileName, "output_table");
+    LMDatabase<KSPerfdOutput> db(0, KS_OUTPUT_DB_FILE, KS_OUTPUT_TABLE);
     if (db.openLMdb() != LMDB_SUCCESS) {
         return apps;
     }

@@ -11,5 +11,6 @@ struct LearnedApp {
     int32_t launchCount;     // launches since then
 };
 
-// The learned records of a root that the host has entered, by app.
+// The learned records of the root that the host plays on, by app.
+// REQUIRES: `root` is that of the host, which has been made.
 std::map<std::string, LearnedApp> readLearnedApps(const std::filesystem::path& root);

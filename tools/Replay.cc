@@ -7,12 +7,14 @@
 #include <filesystem>
 #include <iostream>
 #include <optional>
-#include <stdexcept>
+#include <sstream>
+#include <string_view>
 #include <utility>
 
 #include "host/linux/LinuxHost.h"
 #include "tools/Input.h"
 #include "tools/InputError.h"
+#include "tools/Interruption.h"
 #include "tools/JsonRecords.h"
 #include "tools/LaunchReport.h"
 #include "tools/LearnedApps.h"
@@ -28,19 +30,16 @@ class ProgressLine {
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
 
-    // Makes way for other output.
-    void clear() {
-        if (std::exchange(mShown, false)) {
-            std::fputs("\r\033[K", stderr);
+    // Makes way for other output, where both go to the terminal.
+    void makeWay() {
+        if (mSharesTerminal) {
+            clear();
         }
     }
 
     void update(const InputSequence& inputs, std::size_t events) {
-        if (!mWanted || events % 256 != 0) {
-            return;
-        }
         const auto now = std::chrono::steady_clock::now();
-        if (now < mNext) {
+        if (!mWanted || now < mNext) {
             return;
         }
         mNext = now + std::chrono::milliseconds(250);
@@ -54,7 +53,14 @@ class ProgressLine {
     }
 
  private:
+    void clear() {
+        if (std::exchange(mShown, false)) {
+            std::fputs("\r\033[K", stderr);
+        }
+    }
+
     bool mWanted;
+    bool mSharesTerminal = isatty(STDOUT_FILENO) != 0;
     bool mShown = false;
     // Short replays end before the line is shown.
     std::chrono::steady_clock::time_point mNext =
@@ -89,28 +95,21 @@ struct Deliver {
     }
 };
 
-void expectWritten() {
-    if (!std::cout.flush()) {
-        throw std::runtime_error("cannot write to standard output");
-    }
-}
-
 // One life of the host.
 class Replay {
  public:
     Replay(const ReplayOptions& options, InputSequence& inputs, const std::filesystem::path& root)
         : mInputs(inputs),
-          mRoot(root),
           mJson(options.json),
           mLive(inputs.hasLiveInput()),
-          mReport(std::cout, options.showLog),
+          mReport(mText, options.showLog),
           mProgress(!mLive),
           mHost(inputs.setup(), {.root = root, .sync = options.sync},
-                [this](const HostRecord& entry) { write(entry); }) {}
+                [this](const HostRecord& entry) { add(entry); }) {}
 
     void run() {
         mHost.start(mInputs.firstT());
-        flush();
+        print();
         // A wrong line that arrives live ends the host in order: what came before it stays stored.
         std::optional<InputError> wrongInput;
         try {
@@ -124,50 +123,58 @@ class Replay {
         }
         mHost.stop();
         if (!mJson) {
-            mReport.printTable(readLearnedApps(mRoot));
+            mReport.printTable(readLearnedApps(mHost.root()));
         }
-        expectWritten();
+        print();
+        flushOutput();
         if (wrongInput) {
-            throw *wrongInput;
+            throw InputError(*wrongInput);
         }
     }
 
  private:
     void deliverAll() {
         std::size_t events = 0;
-        while (const auto object = mInputs.next()) {
+        while (!wasInterrupted()) {
+            const auto object = mInputs.next();
+            if (!object) {
+                return;
+            }
             std::visit(Deliver{mHost, *object}, object->what);
             if (!mJson) {
-                const std::string app = mReport.launchingApp();
-                mReport.endEvent(app.empty() ? 0 : stateOf(app));
+                mReport.endEvent(stateOf(mReport.launchingApp()));
             }
-            flush();
+            print();
             mProgress.update(mInputs, ++events);
         }
     }
 
     int32_t stateOf(const std::string& app) { return mHost.feature().mFeatureState.readState(app); }
 
-    void write(const HostRecord& entry) {
-        mProgress.clear();
+    void add(const HostRecord& entry) {
         if (mJson) {
-            std::cout << toJsonLine(entry) << '\n';
+            mText << toJsonLine(entry) << '\n';
         } else {
             mReport.add(entry);
         }
     }
 
-    // What arrives live is answered at once.
-    void flush() {
-        if (mLive) {
-            expectWritten();
+    // Prints what an event has led to. What arrives live is answered at once.
+    void print() {
+        if (const std::string_view text = mText.view(); !text.empty()) {
+            mProgress.makeWay();
+            std::cout << text;
+            mText.str({});
+        }
+        if (mLive || !std::cout) {
+            flushOutput();
         }
     }
 
     InputSequence& mInputs;
-    std::filesystem::path mRoot;
     bool mJson;
     bool mLive;
+    std::ostringstream mText;  // not printed yet
     LaunchReport mReport;
     ProgressLine mProgress;
     LinuxHost mHost;
@@ -178,11 +185,9 @@ class Replay {
 void replay(const ReplayOptions& options) {
     InputSequence inputs(options.inputs, options.hostFile, InputKinds::tracesAndLogs);
     std::optional<TemporaryDirectory> temporary;
-    std::filesystem::path root = options.root;
-    if (options.root.empty()) {
-        root = temporary.emplace().path();
-    }
-    Replay(options, inputs, std::filesystem::absolute(root)).run();
+    const std::filesystem::path root =
+        options.root ? std::filesystem::path(*options.root) : temporary.emplace().path();
+    Replay(options, inputs, root).run();
 }
 
 std::string readFeatureVersion() {

@@ -1,20 +1,21 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 // `kestrelhost replay`: what the command line asks for.
 struct ReplayOptions {
     std::vector<std::string> inputs;
-    std::string root;      // empty: a temporary one
-    std::string hostFile;  // empty: what the inputs say
-    bool json = false;     // the record stream instead of text for people
+    std::optional<std::string> root;      // none: a temporary one
+    std::optional<std::string> hostFile;  // none: what the inputs say
+    bool json = false;                    // the record stream instead of text for people
     bool sync = true;
     bool showLog = false;
 };
 
-// Plays the inputs in one life of the host. Throws InputError for wrong inputs, and
-// std::runtime_error for what fails while running.
+// Plays the inputs in one life of the host, up to their end or an interruption. Throws InputError
+// for wrong inputs, and std::runtime_error for what fails while running.
 void replay(const ReplayOptions& options);
 
 // "MAJOR.MINOR" of the feature that the plug-in constructs.

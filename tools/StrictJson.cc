@@ -8,11 +8,23 @@ using nlohmann::json;
 
 namespace {
 
-// The parser's own message without its name and number.
-std::string plainMessage(const json::parse_error& error) {
-    const std::string text = error.what();
-    const auto end = text.find("] ");
-    return "not a JSON object: " + (end == std::string::npos ? text : text.substr(end + 2));
+// The parser's own message without its name and number, and without its line, which the caller
+// knows better; a text as long as the input's is cut.
+std::string plainMessage(const json::exception& error) {
+    constexpr std::size_t LONGEST = 200;
+    std::string text = error.what();
+    if (const auto end = text.find("] "); end != std::string::npos) {
+        text.erase(0, end + 2);
+    }
+    if (const auto line = text.find(" at line "); line != std::string::npos) {
+        if (const auto comma = text.find(", ", line); comma != std::string::npos) {
+            text.replace(line, comma + 2 - line, " at ");
+        }
+    }
+    if (text.size() > LONGEST) {
+        text = text.substr(0, LONGEST) + "...";
+    }
+    return "not a JSON object: " + text;
 }
 
 }  // namespace
@@ -32,6 +44,13 @@ json parseObject(std::string_view text) {
         }
         return true;
     };
+    // The parser would take the one for the end of the text and pass over the other.
+    if (const auto zero = text.find('\0'); zero != std::string_view::npos) {
+        throw JsonError("not a JSON object: a zero byte at column " + std::to_string(zero + 1));
+    }
+    if (text.starts_with("\xef\xbb\xbf")) {
+        throw JsonError("not a JSON object: a byte order mark");
+    }
     try {
         json object = json::parse(text, refuseDoubleKeys);
         if (!object.is_object()) {
@@ -40,6 +59,8 @@ json parseObject(std::string_view text) {
         return object;
     } catch (const json::parse_error& error) {
         throw JsonError(plainMessage(error), error.byte);
+    } catch (const json::exception& error) {  // a number that is none, say
+        throw JsonError(plainMessage(error));
     }
 }
 
@@ -62,7 +83,7 @@ void ObjectReader::expectNoOther() const {
         const bool known = std::any_of(mRead.begin(), mRead.end(),
                                        [&](const char* key) { return item.key() == key; });
         if (!known) {
-            throw JsonError("unknown key \"" + item.key() + '"');
+            throw JsonError("unknown key \"" + item.key().substr(0, 100) + '"');
         }
     }
 }
@@ -74,16 +95,14 @@ std::string ObjectReader::toString(const json& value, const std::string& key) {
     return value.get<std::string>();
 }
 
-const json& ObjectReader::toObject(const json& value, const std::string& key) {
+void ObjectReader::expectObject(const json& value, const std::string& key) {
     if (!value.is_object()) {
         throw JsonError('"' + key + "\" must be an object");
     }
-    return value;
 }
 
-const json& ObjectReader::toArray(const json& value, const std::string& key) {
+void ObjectReader::expectArray(const json& value, const std::string& key) {
     if (!value.is_array()) {
         throw JsonError('"' + key + "\" must be a list");
     }
-    return value;
 }

@@ -72,8 +72,8 @@ class ObjectReader {
                         std::to_string(Limits::min()) + " to " + std::to_string(Limits::max()));
     }
     static std::string toString(const nlohmann::json& value, const std::string& key);
-    static const nlohmann::json& toObject(const nlohmann::json& value, const std::string& key);
-    static const nlohmann::json& toArray(const nlohmann::json& value, const std::string& key);
+    static void expectObject(const nlohmann::json& value, const std::string& key);
+    static void expectArray(const nlohmann::json& value, const std::string& key);
 
  private:
     const nlohmann::json& mObject;

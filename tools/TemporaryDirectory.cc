@@ -7,7 +7,10 @@
 #include <system_error>
 
 TemporaryDirectory::TemporaryDirectory() {
-    std::string name = (std::filesystem::temp_directory_path() / "kestrelhost-XXXXXX").string();
+    // Absolute: the working directory may change before the end.
+    const std::filesystem::path parent =
+        std::filesystem::absolute(std::filesystem::temp_directory_path());
+    std::string name = (parent / "kestrelhost-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), "cannot make " + name);
     }

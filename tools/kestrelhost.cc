@@ -6,22 +6,26 @@
 
 #include "tools/Import.h"
 #include "tools/InputError.h"
+#include "tools/Interruption.h"
 #include "tools/Replay.h"
+#include "tools/TerminalText.h"
 
 namespace {
 
 constexpr int EXIT_FAILED = 1;
 constexpr int EXIT_WRONG_INPUT = 2;
 
-constexpr const char* INPUT_HELP = "An event trace or an Android log; - is standard input";
-constexpr const char* HOST_HELP =
-    "A file with the host's set-up, {\"host\": {...}}, which wins over what the inputs say";
+constexpr const char* HOST_HELP = "The host's set-up, {\"host\": {...}}";
+
+// A name that is given is not empty.
+const CLI::Validator NAME(
+    [](const std::string& name) { return name.empty() ? "the name is empty" : ""; }, "");
 
 class CommandLine {
  public:
     CommandLine() {
         mApp.require_subcommand(0, 1);  // none is told below, after words that nobody knows
-        mApp.footer("Example:\n  kestrelhost replay traces/demo.jsonl");
+        mApp.footer("Example:\n  kestrelhost replay launches.log");
         mApp.set_version_flag(
             "--version", [] { return "kestrelhost, feature version " + readFeatureVersion(); },
             "Print the version of the feature that is loaded");
@@ -47,31 +51,34 @@ class CommandLine {
 
  private:
     void addReplay() {
-        CLI::App* command = mApp.add_subcommand(
-            "replay", "Deliver logged launches to the plug-in and show what it does");
-        command->add_option("INPUT", mReplay.inputs, INPUT_HELP)->required();
+        CLI::App* command = mApp.add_subcommand("replay", "Deliver logged launches to the plug-in");
+        command->add_option("INPUT", mReplay.inputs, "Event traces or Android logs; - is stdin")
+            ->required()
+            ->type_name("");
         command
-            ->add_option("--root", mReplay.root,
-                         "What the plug-in sees as /; its databases are kept below it "
-                         "(default: a temporary directory)")
-            ->type_name("DIR");
-        command->add_option("--host", mReplay.hostFile, HOST_HELP)->type_name("FILE");
-        command->add_flag("--json", mReplay.json, "Print the record stream");
-        command->add_flag("--sync,!--no-sync", mReplay.sync,
-                          "Let the databases flush to the disk, or leave that out");
+            ->add_option("--root", mReplay.root, "What the plug-in sees as / (default: not kept)")
+            ->type_name("DIR")
+            ->check(NAME);
+        addHost(*command);
+        command->add_flag("--json", mReplay.json, "Print the record stream, as JSON Lines");
         command->add_flag("--log", mReplay.showLog, "Show every line that the plug-in logs");
+        command->add_flag("--sync,!--no-sync", mReplay.sync,
+                          "Let the databases flush to the disk (default)");
         command->footer(
             "Examples:\n"
-            "  kestrelhost replay --root device traces/demo.jsonl\n"
+            "  kestrelhost replay --root learned launches.log\n"
             "  adb logcat -b main,system,events | kestrelhost replay -");
     }
 
     void addImport() {
-        CLI::App* command = mApp.add_subcommand(
-            "import", "Print the event trace that a replay of Android logs would deliver");
-        command->add_option("LOG", mLogs, "An Android log; - is standard input")->required();
-        command->add_option("--host", mReplay.hostFile, HOST_HELP)->type_name("FILE");
-        command->footer("Example:\n  kestrelhost import logcat.txt > launches.jsonl");
+        CLI::App* command = mApp.add_subcommand("import", "Print Android logs as an event trace");
+        command->add_option("LOG", mLogs, "Android logs; - is stdin")->required()->type_name("");
+        addHost(*command);
+        command->footer("Example:\n  kestrelhost import launches.log > launches.jsonl");
+    }
+
+    void addHost(CLI::App& command) {
+        command.add_option("--host", mReplay.hostFile, HOST_HELP)->type_name("FILE")->check(NAME);
     }
 
     CLI::App mApp{"Runs the KestrelStarts plug-in on Linux, on the launches of a device's log.",
@@ -84,18 +91,23 @@ class CommandLine {
 
 int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
+    catchInterruptions();
     CommandLine commandLine;
     try {
-        commandLine.parse(argc, argv);
-        commandLine.run();
-        return 0;
-    } catch (const CLI::ParseError& error) {
-        return commandLine.exit(error) == 0 ? 0 : EXIT_WRONG_INPUT;
+        try {
+            commandLine.parse(argc, argv);
+            commandLine.run();
+            return 0;
+        } catch (const CLI::ParseError& error) {
+            const int status = commandLine.exit(error);
+            flushOutput();
+            return status == 0 ? 0 : EXIT_WRONG_INPUT;
+        }
     } catch (const InputError& error) {
-        std::cerr << error.what() << '\n';
+        std::cerr << printable(error.what()) << '\n';
         return EXIT_WRONG_INPUT;
     } catch (const std::exception& error) {
-        std::cerr << "kestrelhost: " << error.what() << '\n';
+        std::cerr << "kestrelhost: " << printable(error.what()) << '\n';
         return EXIT_FAILED;
     }
 }
