@@ -63,6 +63,9 @@ TEST_F(ProgramTest, WrongTracesAreToldByFileAndLineAndChangeNothing) {
         {"feedback without type", R"({"t":11,"feedback":{"hintId":1,"appName":"a"}})",
          "the key \"hintType\" is missing"},
         {"feedback no object", R"({"t":11,"feedback":1})", "\"feedback\" must be an object"},
+        {"beyond any number", R"({"t":1e999,"hintId":1})", "not a JSON object: number overflow"},
+        {"byte order mark", "\xef\xbb\xbf{\"t\":11,\"hintId\":1}",
+         "not a JSON object: a byte order"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -92,6 +95,7 @@ TEST_F(ProgramTest, WrongSetUpsAreTold) {
         {R"({"appClasses":{"a":"1"}})", "\"a\" must be a whole number"},
         {R"({"games":[1]})", "\"games\" must be a text"},
         {R"([])", "\"host\" must be an object"},
+        {R"({"featureName":"a\u0000"})", "\"featureName\" must not hold a zero byte"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.host);
@@ -130,6 +134,8 @@ TEST_F(ProgramTest, WrongCommandLinesAndFiles) {
         {"replay --host missing.json trace.jsonl", 2, "missing.json: No such file"},
         {"replay letter.txt", 2, "letter.txt:1: neither an event trace nor an Android log"},
         {"replay - -", 2, "standard input (-) can be an input only once"},
+        {"replay --json - </", 2, "standard input cannot be read"},
+        {"replay --root '' trace.jsonl", 2, "--root: the name is empty"},
         {"import trace.jsonl", 2, "trace.jsonl:1: an event trace, where only"},
         {"import file", 2, "file:1: neither"},
         {"replay --root file trace.jsonl", 1, "cannot make"},
@@ -199,6 +205,11 @@ TEST_F(ProgramTest, RunsOnARootContinueAndStayBelowIt) {
     EXPECT_NE(learned.find(R"("text":"Data Complete - Eval Required","value":750)"),
               std::string::npos)
         << learned;
+    // A link that leads elsewhere is followed before "..".
+    std::filesystem::create_directories(mProgram.path("a/b"));
+    std::filesystem::create_directory_symlink(mProgram.path("a/b"), mProgram.path("link"));
+    EXPECT_EQ(mProgram.run("replay --json --root link/../new trace.jsonl").out, before);
+    EXPECT_TRUE(std::filesystem::exists(mProgram.path("a/new/data")));
     std::set<std::string> files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(mProgram.path("root"))) {
         if (entry.is_regular_file() && entry.path().extension() == ".db") {
@@ -242,10 +253,39 @@ TEST_F(ProgramTest, PeopleSeeLaunchesAndATableWithinEightyColumns) {
         EXPECT_LE(line.size(), 80U) << line;
     }
     EXPECT_EQ(lines[2],
-              "  1d 01:00:00.000  ..ther.long.name/.MainActivity  learning    2000   15000");
-    EXPECT_EQ(lines[3], "  1d 01:00:02.000  ..ther.long.name/.MainActivity  measured 1000 ms");
+              "    1d 01:00:00.000  ..ther.long.name/.MainActivity  learning    2000   15000");
+    EXPECT_EQ(lines[3], "    1d 01:00:02.000  ..ther.long.name/.MainActivity  measured 1000 ms");
     EXPECT_EQ(lines.back(),
               "..ther.long.name/.MainActivity        7        5  learned         1000      1");
+}
+
+TEST_F(ProgramTest, NamesReachTheTerminalAsText) {
+    const std::string app = R"(com.\u001b[2J\u009b)" + std::string(30, 'x') + "\u00e4\u00e4";
+    mProgram.write("trace.jsonl", R"({"t":1,"hintId":4225,"hintType":1,"appName":")" + app +
+                                      "\"}\n" +
+                                      R"({"t":2,"hintId":1,"appName":"a","dataVersion":1})" + "\n");
+    const std::string out = mProgram.run("replay trace.jsonl").out;
+    EXPECT_EQ(out.find('\x1b'), std::string::npos);
+    EXPECT_NE(out.find("  .." + std::string(26, 'x') + "\u00e4\u00e4  learning"), std::string::npos)
+        << out;
+    EXPECT_NE(out.find("Payload Data or Version is not compatible.\n"
+                       "       Hence, Discarding Request."),
+              std::string::npos)
+        << out;
+}
+
+TEST_F(ProgramTest, AReaderThatHasGoneEndsTheReplayQuietly) {
+    std::string trace;
+    for (int t = 0; t < 2000; ++t) {
+        trace += "{\"t\":" + std::to_string(t) + ",\"hintId\":4225,\"hintType\":1}\n";
+    }
+    mProgram.write("trace.jsonl", trace);
+    std::filesystem::create_directory(mProgram.path("tmp"));
+    const auto result = mProgram.run("replay --json --no-sync trace.jsonl | head -n 1", "", "tmp");
+    EXPECT_EQ(splitLines(result.out).size(), 1U);
+    EXPECT_EQ(result.err, "");
+    EXPECT_TRUE(std::filesystem::is_empty(mProgram.path("tmp")));
+    EXPECT_EQ(mProgram.run("replay --json trace.jsonl > /dev/full").status, 1);
 }
 
 TEST_F(ProgramTest, LogsAreImportedAsTheyAreReplayed) {

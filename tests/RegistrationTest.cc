@@ -62,6 +62,15 @@ TEST(RegistrationTest, TheFactorysFeatureIsDrivenThroughItsBase) {
     EXPECT_EQ(feature->getData(0, nullptr), 0);
     EXPECT_EQ(feature->setData(app, values), 0);
     EXPECT_EQ(feature->setData(1, values), 0);
+    // Other features ask it through the locator.
+    HostRuntime::instance().setFeature("KestrelStarts", feature.get());
+    FeatureLocator* locator = HostRuntime::instance().locator();
+    ASSERT_NE(locator, nullptr);
+    std::string name = "KestrelStarts";
+    EXPECT_EQ(locator->getData(name, app, data, 5), 0);
+    EXPECT_EQ(data.value, 1);
+    name = "Nobody";
+    EXPECT_EQ(locator->getData(name, app, data, 5), -1);
     feature.reset();
     EXPECT_TRUE(std::filesystem::exists(host.databaseDirectory() / "Mine.db"));
     EXPECT_TRUE(std::filesystem::exists(host.databaseDirectory() / "MineState.db"));

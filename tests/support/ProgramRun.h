@@ -29,11 +29,14 @@ class ProgramRun {
 
     std::filesystem::path path(const std::string& name) const { return mDirectory.path() / name; }
 
-    // `arguments` as for the shell; `input` is what comes on standard input.
-    Result run(const std::string& arguments, const std::string& input = "") const {
+    // `arguments` as for the shell; `input` is what comes on standard input; `temporary` is where
+    // the program keeps temporary files.
+    Result run(const std::string& arguments, const std::string& input = "",
+               const std::string& temporary = ".") const {
         write("stdin", input);
-        const std::string command = "cd '" + mDirectory.path().string() + "' && '" +
-                                    KESTREL_PROGRAM + "' " + arguments + " <stdin >stdout 2>stderr";
+        const std::string command = "cd '" + mDirectory.path().string() +
+                                    "' && { TMPDIR=" + temporary + " '" + KESTREL_PROGRAM + "' " +
+                                    arguments + "; } <stdin >stdout 2>stderr";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read("stdout"), read("stderr")};
     }
