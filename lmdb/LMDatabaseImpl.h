@@ -182,9 +182,8 @@ void bindRow(Statement& statement, const LMDBDataRow<T>& row, const char* functi
         expectCode(statement.bindText(3, row.rsvdName), 0, function, 309, table);
     }
     expectCode(statement.bindBlob(4, &row.blob, sizeof(T)), 0, function, 313, table);
-    // Bound as 32 bits, here and for deletes: the store's own identities never pass that.
     if (row.rowid != 0) {
-        expectCode(statement.bindInt(5, static_cast<int32_t>(row.rowid)), 0, function, 317, table);
+        expectCode(statement.bindRowid(5, row.rowid), 0, function, 317, table);
     }
 }
 
@@ -356,8 +355,7 @@ int LMDatabase<Ts...>::deleteDeallocateDR(typename LMDBDataTable<T>::vecT& rows)
             if (row == nullptr || row->rowid == 0) {
                 continue;
             }
-            const auto rowid = static_cast<int32_t>(row->rowid);
-            lmstore::expectCode(statement.bindInt(1, rowid), 0, FUNCTION, 565, table);
+            lmstore::expectCode(statement.bindRowid(1, row->rowid), 0, FUNCTION, 565, table);
             lmstore::expectCode(statement.step(), lmstore::Statement::DONE, FUNCTION, 566, table);
             lmstore::expectCode(statement.reset(), 0, FUNCTION, 567, table);
         }

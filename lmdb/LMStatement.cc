@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <utility>
+
 #include "lmdb/LMLog.h"
 
 namespace lmstore {
@@ -23,6 +25,16 @@ void Statement::clearBindings() {
 
 int Statement::bindInt(int parameter, int32_t value) {
     return sqlite3_bind_int(mStatement, parameter, value);
+}
+
+int Statement::bindRowid(int parameter, int64_t rowid) {
+    // Rows are named by 32 bits. Cut to them, a larger identity would name another row; unbound,
+    // it names none.
+    if (!std::in_range<int32_t>(rowid)) {
+        sqlite3_bind_null(mStatement, parameter);
+        return SQLITE_RANGE;
+    }
+    return sqlite3_bind_int(mStatement, parameter, static_cast<int32_t>(rowid));
 }
 
 int Statement::bindText(int parameter, const std::string& text) {

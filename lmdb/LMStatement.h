@@ -30,6 +30,7 @@ class Statement {
     // Parameters count from 1; the results are SQLite's codes.
     void clearBindings();
     int bindInt(int parameter, int32_t value);
+    int bindRowid(int parameter, int64_t rowid);  // refuses what does not fit 32 bits
     int bindText(int parameter, const std::string& text);
     int bindBlob(int parameter, const void* bytes, std::size_t size);
 

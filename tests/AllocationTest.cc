@@ -5,11 +5,9 @@
 
 #include <memory>
 
-#include "action/KestrelStartsAction.h"
-#include "feature/KestrelStartsFeature.h"
 #include "host/Registry.h"
 #include "tests/support/FailingAllocator.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/FeatureFixture.h"
 
 namespace {
 
@@ -18,16 +16,6 @@ constexpr const char* VERSION_LINE =
 
 HostSetup setupWithoutKnobs() {
     return {.knobs = std::nullopt};
-}
-
-AsyncTriggerPayload launchOf(const std::string& app) {
-    AsyncTriggerPayload payload;
-    payload.hintId = 4225;
-    payload.hintType = 1;
-    payload.appName = app;
-    payload.featureVersion = 1;
-    payload.dataVersion = 112;
-    return payload;
 }
 
 using FeatureRegistry = RegistryBase<Feature, FeatureInfo>;

@@ -3,79 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <latch>
 #include <thread>
 
-#include "action/KestrelStartsAction.h"
-#include "action/KestrelStartsFeatureHw.h"
-#include "feature/KestrelStartsFeature.h"
 #include "learning/KestrelStartsMetaMeter.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/FeatureFixture.h"
 
 namespace {
-
-AsyncTriggerPayload eventOf(const std::string& app, int32_t hintId, int32_t hintType) {
-    AsyncTriggerPayload payload;
-    payload.hintId = hintId;
-    payload.hintType = hintType;
-    payload.appName = app;
-    payload.featureVersion = 1;
-    payload.dataVersion = 112;
-    return payload;
-}
-
-AsyncTriggerPayload launchOf(const std::string& app) {
-    return eventOf(app, 4225, 1);
-}
-
-// A feature that is on for both kinds of launches, with its stores.
-class FeatureTest : public testing::Test {
- public:
-    FeatureTest() {
-        mFeature.mKapStatus = mFeature.mKgmStatus = 1;
-        mHost.takeLog();
-    }
-
-    KestrelStartsAction* action() { return KestrelStartsAction::getInstance(&mFeature); }
-
-    void storeLaunches(const std::string& app, const std::vector<int>& durations) {
-        auto rows = mFeature.mFeatureInputDb->getRow(durations.size());
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            rows[i]->appName = app;
-            rows[i]->intcol1 = 4225;
-            rows[i]->blob.launchDuration = durations[i];
-        }
-        mFeature.mFeatureInputDb->writeDeallocateDR<KSInputDbData>(rows);
-    }
-
-    void storeRecord(const std::string& app, const KSPerfdOutput& record) {
-        auto rows = action()->mOutputDb->getRow(1);
-        rows.front()->appName = app;
-        rows.front()->intcol1 = 4225;
-        rows.front()->blob = record;
-        action()->mOutputDb->writeDeallocateDR<KSPerfdOutput>(rows);
-    }
-
-    template <class T>
-    static std::vector<T> stored(LMDatabase<T>& db) {
-        LMDBDataRowKey all;
-        auto rows = db.template readAllocateDR<T>(all);
-        std::vector<T> values;
-        for (const auto* row : rows) {
-            values.push_back(row->blob);
-        }
-        db.freeRow(rows);
-        return values;
-    }
-
-    std::vector<KSPerfdOutput> records() { return stored(*action()->mOutputDb); }
-    std::size_t launchCount() { return stored(*mFeature.mFeatureInputDb).size(); }
-
-    TestHost mHost{HostSetup{.knobs = std::nullopt}};
-    KestrelStartsFeature mFeature{FeatureInfo{.featureName = "KestrelStarts"}};
-};
 
 // ---- recording
 
@@ -260,107 +195,6 @@ TEST_F(FeatureTest, RelearningIsTriggeredByTheHundredthLaunch) {
         ASSERT_EQ(records().size(), 1U);
         EXPECT_EQ(records().front().launchCount, c.launchCountAfter);
         EXPECT_EQ(records().front().retriggered, c.retriggeredAfter);
-    }
-}
-
-// ---- queries and boosts
-
-TEST_F(FeatureTest, QueriesAverageStoredLaunchesUntilSomethingIsLearned) {
-    storeLaunches("a", {300, 400, 501});
-    const struct {
-        const char* app;
-        int type;
-        int32_t before;
-        int result;
-        int32_t after;
-    } cases[] = {
-        {"a", 3, 0, 0, 400},  {"a", 4, 0, 0, 0}, {"a", 9, 8, 0, 2}, {"b", 3, 8, -1, 8},
-        {"l", 3, 8, 0, 1350}, {"l", 4, 8, 0, 7}, {"l", 9, 8, 0, 8}, {"b", 5, 8, 0, 1},
-    };
-    storeRecord("l", {.launchDuration = 1350, .secondMetric = 7});
-    storeLaunches("l", {1});
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.app << ' ' << c.type);
-        std::string app = c.app;
-        featureData data{c.before};
-        EXPECT_EQ(mFeature.getData(app, data, c.type), c.result);
-        EXPECT_EQ(data.value, c.after);
-    }
-}
-
-TEST_F(FeatureTest, FeedbackAnswersOnlyLaunchHints) {
-    storeRecord(std::string(127, 'x'), {.launchDuration = 1350});
-    storeRecord(std::string(128, 'y'), {.launchDuration = 0});
-    mpctl_msg_t message{};
-    message.duration = 5;
-    EXPECT_EQ(KestrelStartsAction::FeedbackCB(nullptr), -1);
-    EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), -1);
-    EXPECT_EQ(message.duration, 5);
-    message.hintId = 4225;
-    std::memset(message.appName, 'x', 127);
-    EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), 0);
-    EXPECT_EQ(message.duration, 1350);
-    std::memset(message.appName, 'y', 128);  // no terminator within the field
-    EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), 0);
-    EXPECT_EQ(message.duration, 0);
-    std::memset(message.appName, 'z', 128);
-    EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), 0);
-    EXPECT_EQ(message.duration, 15000);
-}
-
-TEST_F(FeatureTest, OnlyAHandleIsReleasedButBothSlotsAlways) {
-    mFeature.mPerfLockHandle = 0;
-    mFeature.removeAction(action());
-    EXPECT_EQ(mFeature.mPerfLockHandle, -1);
-    EXPECT_TRUE(mHost.records<record::Release>().empty());
-    mFeature.mPerfLockHandle = 5;
-    action()->mKSBoostHandle = 0;
-    mFeature.removeAction(action());
-    EXPECT_EQ(action()->mKSBoostHandle, 0);
-    std::vector<int> released;
-    for (const auto& release : mHost.records<record::Release>()) {
-        released.push_back(release.handle);
-    }
-    EXPECT_EQ(released, (std::vector<int>{-1, 5}));
-    mFeature.removeAction(nullptr);
-}
-
-TEST_F(FeatureTest, ClustersBecomeOneInitCommand) {
-    using Config = std::unordered_map<std::string, std::string>;
-    const struct {
-        Config config;
-        const char* init;  // null: there is no controller
-    } cases[] = {
-        {{}, ""},
-        {{{"Cluster", ""}}, nullptr},
-        {{{"Cluster", "0,4,7"}, {"Cluster0", "p"}, {"Cluster4", "q"}}, "Init:2:0,p:4,q"},
-        {{{"Cluster", "0 4 7"}, {"Cluster7", "r"}, {"Cluster4", "q"}}, "Init:2:4,q:7,r"},
-        {{{"Cluster", "3"}, {"Cluster3", ""}}, "Init:1:3,"},
-        {{{"Cluster", "x"}, {"Cluster0", "p"}}, ""},
-        {{{"Cluster", "0;4"}, {"Cluster0", "p"}, {"Cluster4", "q"}}, "Init:1:0,p"},
-        {{{"Cluster", "0,0"}, {"Cluster0", "p"}}, "Init:2:0,p:0,p"},
-        {{{"Cluster", " -1 ,+2,,3"}, {"Cluster-1", "m"}, {"Cluster2", "t"}, {"Cluster3", "u"}},
-         "Init:1:-1,m"},
-        {{{"Cluster", "1,99999999999,2"}, {"Cluster1", "p"}, {"Cluster2", "q"}}, "Init:1:1,p"},
-    };
-    for (const auto& c : cases) {
-        mHost.takeLog();
-        mFeature.mFeatureInfo.configMap = c.config;
-        {
-            KestrelStartsFeatureHw profile(mFeature);
-            std::string duration = "1350";
-            profile.Start(duration);
-            profile.Stop();
-        }
-        const auto created = mHost.records<record::PlhCreate>();
-        const auto commands = mHost.records<record::PlhCommand>();
-        ASSERT_EQ(created.size(), c.init != nullptr ? 1U : 0U);
-        ASSERT_EQ(commands.size(), c.init != nullptr ? 2U : 0U);
-        if (c.init != nullptr) {
-            EXPECT_EQ(created.front().init, c.init);
-            EXPECT_EQ(commands[0].text, "1350");
-            EXPECT_EQ(commands[1].command, 1);
-        }
     }
 }
 

@@ -235,6 +235,30 @@ TEST_F(StoreTest, ForeignRowsAreReadAsFarAsTheyGo) {
     db->freeRow(rows);
 }
 
+TEST_F(StoreTest, ARowBeyondThirtyTwoBitsIsLeftAloneAndSoAreOthers) {
+    auto db = open();
+    write(*db, {newRow(*db, "a", 1)});
+    exec(
+        *db,
+        "INSERT INTO launches(rowid, appName, blob) VALUES (4294967297, 'b', x'0200000000000000')");
+    Rows rows = read(*db, keyOf("b"));
+    ASSERT_EQ(rows.size(), 1U);
+    rows.front()->blob.launchDuration = 3;
+    write(*db, rows);
+    rows = read(*db);
+    std::erase_if(rows, [&](auto* row) {
+        const bool isFirst = row->rowid == 1;
+        if (isFirst) {
+            delete row;
+        }
+        return isFirst;
+    });
+    EXPECT_EQ(db->deleteDeallocateDR<KSInputDbData>(rows), 0);
+    EXPECT_EQ(durations(*db), (std::vector<int>{1, 2}));
+    EXPECT_EQ(mHost.takeLog(), (Lines{"writeCachedDRToDisk() 317: sql:ERROR:Dbt=launches info=25",
+                                      "deleteDeallocateDR() 565: sql:ERROR:Dbt=launches info=25"}));
+}
+
 TEST_F(StoreTest, KeyTexts) {
     const struct {
         const char* name;
