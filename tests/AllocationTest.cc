@@ -154,29 +154,27 @@ TEST(AllocationTest, NoFailedAllocationReachesAnotherApp) {
         records.writeDeallocateDR<KSPerfdOutput>(record);
         feature.mFeatureState.writeState(app, APP_STATE_LEARNING);
     };
+    using Run = void (*)(KestrelStartsFeature&, KestrelStartsAction*, const AsyncTriggerPayload&,
+                         std::string& app);
     const struct {
         const char* name;
-        void (*run)(KestrelStartsFeature&, KestrelStartsAction*, const std::string&);
+        bool mayThrow;
+        Run run;
     } operations[] = {
-        {"decision",
-         [](KestrelStartsFeature& f, KestrelStartsAction* a, const std::string& app) {
-             const AsyncTriggerPayload launch = launchOf(app);
-             f.checkWriteOutputDB(a, launch);
-         }},
-        {"relearning", [](KestrelStartsFeature& f, KestrelStartsAction* a,
-                          const std::string& app) { f.checkRelearningTrigger(a, launchOf(app)); }},
-        {"removal",
-         [](KestrelStartsFeature& f, KestrelStartsAction* a, const std::string& app) {
-             std::string name = app;
-             f.removeFromDatabase(a, name);
-         }},
-        {"query",
-         [](KestrelStartsFeature& f, KestrelStartsAction*, const std::string& app) {
-             std::string name = app;
+        {"decision", false,
+         [](auto& f, auto* a, const auto& launch, auto&) { f.checkWriteOutputDB(a, launch); }},
+        {"relearning", false,
+         [](auto& f, auto* a, const auto& launch, auto&) { f.checkRelearningTrigger(a, launch); }},
+        {"removal", false,
+         [](auto& f, auto* a, const auto&, auto& app) { f.removeFromDatabase(a, app); }},
+        {"query", true,
+         [](auto& f, auto*, const auto&, auto& app) {
              featureData data;
-             f.getData(name, data, 3);
+             f.getData(app, data, 3);
          }},
     };
+    const AsyncTriggerPayload launch = launchOf(one);
+    std::string app = one;
     for (const auto& operation : operations) {
         bool failed = true;
         for (int n = 1; failed; ++n) {
@@ -189,9 +187,9 @@ TEST(AllocationTest, NoFailedAllocationReachesAnotherApp) {
             {
                 const FailingAllocator fail(n, FailingAllocator::Kind::throws);
                 try {
-                    operation.run(feature, action, one);
+                    operation.run(feature, action, launch, app);
                 } catch (const std::bad_alloc&) {
-                    // The payload or the name of the call, or a query, which may throw.
+                    EXPECT_TRUE(operation.mayThrow);
                 }
                 failed = FailingAllocator::hasFailed();
             }

@@ -17,11 +17,10 @@ std::string readFile(const std::string& fileName) {
     }
     std::string content;
     std::array<char, 65536> block;
-    std::size_t size = 0;
-    do {
-        size = std::fread(block.data(), 1, block.size(), file.get());
+    while (std::feof(file.get()) == 0 && std::ferror(file.get()) == 0) {
+        const std::size_t size = std::fread(block.data(), 1, block.size(), file.get());
         content.append(block.data(), size);
-    } while (size == block.size());
+    }
     if (std::ferror(file.get()) != 0) {
         fail();
     }
