@@ -60,9 +60,9 @@ const char* columnName(lmdbOrderByCol column) {
 
 }  // namespace
 
-void appendWhereClause(const LMDBDataRowKey& key, std::string& query) {
+bool appendWhereClause(const LMDBDataRowKey& key, std::string& query) {
     if (key.appName.empty() && key.rsvdName.empty() && key.intcol1 == LMDB_UNSET_INT) {
-        return;
+        return true;
     }
     const auto append = [&] {
         query += "WHERE (";
@@ -77,18 +77,23 @@ void appendWhereClause(const LMDBDataRowKey& key, std::string& query) {
         });
         query += ") ";
     };
-    guarded(append, [&](const char* what) {
+    return guarded(append, [](const char* what) {
         constexpr const char* FUNCTION = "build_query_for_where_clause";
         if (what != nullptr) {
             LM_LOG("LMDB", FUNCTION, 796, "Caught exception: %s", what);
         } else {
             LM_LOG("LMDB", FUNCTION, 798, "Error in std::string operations");
         }
-        // What is left must not be a statement: without its condition it would select every row.
-        if (!query.empty()) {
-            query.back() = '(';
-        }
     });
+}
+
+std::string selectText(const char* operation, const std::string& table, const LMDBDataRowKey& key) {
+    std::string query = operation;
+    query += " FROM " + table + " ";
+    if (!appendWhereClause(key, query)) {
+        query.back() = '(';
+    }
+    return query;
 }
 
 std::string orderByClause(lmdbOrderByCol column, lmdbOrderByDir direction) {

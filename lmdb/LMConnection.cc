@@ -61,10 +61,8 @@ int32_t countRows(sqlite3* db, const std::string& table, const LMDBDataRowKey& k
     constexpr const char* FUNCTION = "getCountDR";
     int32_t count = 0;
     const auto query = [&] {
-        std::string sql = "SELECT COUNT(*) FROM " + table + " ";
-        appendWhereClause(key, sql);
         Statement statement;
-        if (!statement.prepare(db, sql)) {
+        if (!statement.prepare(db, selectText("SELECT COUNT(*)", table, key))) {
             logSqlMessage(FUNCTION, 390, table, db);
             return;
         }

@@ -39,7 +39,8 @@ class LMDatabase : public LMDBDataTable<Ts>... {
     ~LMDatabase();
 
     // Opens the file, switches it to write-ahead logging and creates the tables, in the order of
-    // the payload types. 0, or -1 after logging why. Throws std::bad_alloc before it opens.
+    // the payload types. 0, or -1 after logging why. Throws std::bad_alloc when there is no memory
+    // for the path.
     // REQUIRES: called at most once.
     [[nodiscard]] int openLMdb();
     [[nodiscard]] int LMDatabaseInit();  // the same as openLMdb
@@ -80,7 +81,7 @@ class LMDatabase : public LMDBDataTable<Ts>... {
     int deleteDeallocateDR(typename LMDBDataTable<T>::vecT& rows);
 
     // Appends the WHERE text that selects `key`, with one blank behind it; nothing for a key with
-    // no column set.
+    // no column set. An exception is logged, and leaves the text incomplete.
     static void build_query_for_where_clause(LMDBDataRowKey& key, std::string& query);
 
     // Copies the smaller of the two sizes and returns it; a longer destination keeps its tail.

@@ -229,9 +229,8 @@ typename LMDBDataTable<T>::vecT LMDatabase<Ts...>::readAllocateDR(LMDBDataRowKey
     }
     const std::string& table = LMDBDataTable<T>::tableName;
     const auto read = [&] {
-        std::string sql = "SELECT *, rowid FROM " + table + " ";
-        build_query_for_where_clause(key, sql);
-        sql += lmstore::orderByClause(orderBy, direction);
+        const std::string sql = lmstore::selectText("SELECT *, rowid", table, key) +
+                                lmstore::orderByClause(orderBy, direction);
         lmstore::Statement statement;
         if (!statement.prepare(dbHandle, sql)) {
             lmstore::logSqlMessage(FUNCTION, 448, table, dbHandle);

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <new>
 #include <utility>
 
 #include "lmdb/LMLog.h"
@@ -73,10 +74,14 @@ bool Statement::columnIsNull(int column) {
 }
 
 void Statement::columnText(int column, std::string& text) {
+    const bool isNull = columnIsNull(column);
     // The text first: asking for it may convert the value, and the length is that of the result.
     const unsigned char* bytes = sqlite3_column_text(mStatement, column);
     const int size = sqlite3_column_bytes(mStatement, column);
-    if (bytes == nullptr || size <= 0) {
+    if (bytes == nullptr && !isNull) {
+        throw std::bad_alloc();
+    }
+    if (bytes == nullptr) {
         text.clear();
         return;
     }
@@ -85,8 +90,10 @@ void Statement::columnText(int column, std::string& text) {
 
 const void* Statement::columnBlob(int column, std::size_t& size) {
     const void* bytes = sqlite3_column_blob(mStatement, column);
-    size =
-        bytes == nullptr ? 0 : static_cast<std::size_t>(sqlite3_column_bytes(mStatement, column));
+    size = static_cast<std::size_t>(sqlite3_column_bytes(mStatement, column));
+    if (bytes == nullptr && size > 0) {
+        throw std::bad_alloc();
+    }
     return bytes;
 }
 

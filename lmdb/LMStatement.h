@@ -38,7 +38,7 @@ class Statement {
     int reset();
     int finalize();
 
-    // Columns of the current row count from 0.
+    // Columns of the current row count from 0. Throws std::bad_alloc where SQLite lacks memory.
     int32_t columnInt(int column);
     int64_t columnInt64(int column);
     bool columnIsNull(int column);

@@ -8,11 +8,7 @@
 
 void importLogs(const std::vector<std::string>& logs, const std::optional<std::string>& hostFile) {
     InputSequence inputs(logs, hostFile, InputKinds::logsOnly);
-    while (!wasInterrupted()) {
-        const auto object = inputs.next();
-        if (!object) {
-            break;
-        }
+    while (const auto object = inputs.next()) {
         std::cout << toTraceLine(*object) << '\n';
         if (inputs.hasLiveInput()) {
             flushOutput();

@@ -4,6 +4,6 @@
 #include <string>
 #include <vector>
 
-// `kestrelhost import`: prints the event trace that a replay of these Android logs would deliver,
-// up to their end or an interruption. Throws InputError for wrong inputs.
+// `kestrelhost import`: prints the event trace that a replay of these Android logs would deliver.
+// Throws InputError for wrong inputs.
 void importLogs(const std::vector<std::string>& logs, const std::optional<std::string>& hostFile);

@@ -1,9 +1,7 @@
 #include "tools/Input.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <deque>
-#include <iostream>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -13,6 +11,7 @@
 #include "tools/FileContent.h"
 #include "tools/InputError.h"
 #include "tools/Interruption.h"
+#include "tools/StandardInput.h"
 
 namespace {
 
@@ -147,7 +146,6 @@ class LiveInput : public Input {
                 first = mText;
             }
         }
-        expectReadable();
         mIsTrace = isTrace(name(), mKinds, first, mLine);
         if (mIsTrace) {
             push();
@@ -166,7 +164,9 @@ class LiveInput : public Input {
     std::optional<TraceObject> next() override {
         while (mWaiting.empty()) {
             if (!readLine()) {
-                expectEnd();
+                if (mLog && !mLog->sawLogLine() && !wasInterrupted()) {
+                    throw InputError(name(), 1, NO_LOG_LINE);
+                }
                 return std::nullopt;
             }
             push();
@@ -178,7 +178,7 @@ class LiveInput : public Input {
 
  private:
     bool readLine() {
-        if (!std::getline(std::cin, mText)) {
+        if (!mInput.readLine(mText)) {
             mText.clear();
             return false;
         }
@@ -199,20 +199,8 @@ class LiveInput : public Input {
         std::move(events.begin(), events.end(), std::back_inserter(mWaiting));
     }
 
-    static void expectReadable() {
-        if (std::ferror(stdin) != 0 && !wasInterrupted()) {
-            throw InputError("standard input cannot be read");
-        }
-    }
-
-    void expectEnd() {
-        expectReadable();
-        if (mLog && !mLog->sawLogLine() && !wasInterrupted()) {
-            throw InputError(name(), 1, NO_LOG_LINE);
-        }
-    }
-
     InputKinds mKinds;
+    StandardInput mInput;
     bool mIsTrace = true;
     EventTraceReader mTrace;
     std::optional<AndroidLogImporter> mLog;

@@ -108,6 +108,16 @@ class Replay {
                 [this](const HostRecord& entry) { add(entry); }) {}
 
     void run() {
+        try {
+            live();
+        } catch (...) {
+            print();  // what led to it
+            throw;
+        }
+    }
+
+ private:
+    void live() {
         mHost.start(mInputs.firstT());
         print();
         // A wrong line that arrives live ends the host in order: what came before it stays stored.
@@ -132,7 +142,6 @@ class Replay {
         }
     }
 
- private:
     void deliverAll() {
         std::size_t events = 0;
         while (!wasInterrupted()) {
@@ -184,6 +193,7 @@ class Replay {
 
 void replay(const ReplayOptions& options) {
     InputSequence inputs(options.inputs, options.hostFile, InputKinds::tracesAndLogs);
+    catchInterruptions();  // so far there is nothing to put in order
     std::optional<TemporaryDirectory> temporary;
     const std::filesystem::path root =
         options.root ? std::filesystem::path(*options.root) : temporary.emplace().path();

@@ -19,6 +19,11 @@ std::size_t sequenceLength(std::string_view text) {
     if ((lead >= 0x80 && lead < 0xc2) || lead >= 0xf5 || text.size() < length) {
         return 0;
     }
+    // Longer than need be, a surrogate, or beyond the last code point.
+    if ((lead == 0xe0 && byte(1) < 0xa0) || (lead == 0xed && byte(1) >= 0xa0) ||
+        (lead == 0xf0 && byte(1) < 0x90) || (lead == 0xf4 && byte(1) >= 0x90)) {
+        return 0;
+    }
     for (std::size_t i = 1; i < length; ++i) {
         if ((byte(i) & 0xc0) != 0x80) {
             return 0;
@@ -91,16 +96,19 @@ std::string padded(const std::string& text, std::size_t width) {
 std::string wrapped(const std::string& text, std::size_t width, std::size_t indent) {
     std::string result;
     std::string_view rest = text;
+    rest = rest.substr(0, rest.find_last_not_of(' ') + 1);
     std::size_t room = width;
+    std::size_t earliest = indent;  // no break within what the first line begins with
     while (widthOf(rest) > room) {
         const std::size_t fits = bytesOf(rest, room);
         const std::size_t blank = rest.substr(0, fits + 1).rfind(' ');
-        const bool atBlank = blank != std::string_view::npos && blank > 0;
-        const std::size_t end = atBlank ? blank : fits;
+        const std::size_t end = blank != std::string_view::npos && blank > earliest ? blank : fits;
         result += rest.substr(0, end);
         result += '\n' + std::string(indent, ' ');
-        rest.remove_prefix(atBlank ? end + 1 : end);
+        rest.remove_prefix(end);
+        rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
         room = width - indent;
+        earliest = 0;
     }
     return result += rest;
 }

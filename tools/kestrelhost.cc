@@ -91,7 +91,6 @@ class CommandLine {
 
 int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
-    catchInterruptions();
     CommandLine commandLine;
     try {
         try {
@@ -99,9 +98,13 @@ int main(int argc, char** argv) {
             commandLine.run();
             return 0;
         } catch (const CLI::ParseError& error) {
-            const int status = commandLine.exit(error);
+            if (error.get_exit_code() != 0) {
+                std::cerr << printable(error.what()) << "\nRun with --help for more information.\n";
+                return EXIT_WRONG_INPUT;
+            }
+            commandLine.exit(error);  // help or version, on standard output
             flushOutput();
-            return status == 0 ? 0 : EXIT_WRONG_INPUT;
+            return 0;
         }
     } catch (const InputError& error) {
         std::cerr << printable(error.what()) << '\n';

@@ -17,8 +17,8 @@ class Feature;
 // The platform behind the contract's entry points: the set-up that they answer from, the clock, the
 // performance service's handles, and the recorder. There is one per process, as there is one
 // platform per device; it outlives everything else, because the plug-in's singleton does too.
-// Threads: configure and setTime while nothing else runs; the rest from any thread. Records are
-//          passed on one at a time.
+// Threads: configure, setTime and setFeature while nothing else runs; the rest from any thread.
+//          Records are passed on one at a time.
 class LM_API HostRuntime {
  public:
     static HostRuntime& instance();

@@ -84,8 +84,9 @@ LinuxHost::LinuxHost(HostSetup setup, const Options& options, RecordSink sink) :
 }
 
 LinuxHost::~LinuxHost() {
-    // The singleton stays, but nobody listens any more.
+    HostRuntime::instance().setFeature(FEATURE_CLASS, nullptr);
     mFeature.reset();
+    // The singleton stays, but nobody listens any more.
     HostRuntime::instance().configure({}, [](const HostRecord&) {});
 }
 
