@@ -35,7 +35,7 @@ class ProgramRun {
                const std::string& temporary = ".") const {
         write("stdin", input);
         const std::string command = "cd '" + mDirectory.path().string() +
-                                    "' && { TMPDIR=" + temporary + " '" + KESTREL_PROGRAM + "' " +
+                                    "' && { TMPDIR=" + temporary + " " + KESTREL_PROGRAM + " " +
                                     arguments + "; } <stdin >stdout 2>stderr";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read("stdout"), read("stderr")};
