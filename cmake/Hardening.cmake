@@ -1,0 +1,36 @@
+# What a vendor library of the platform is built with, on a device and here; tests read it back from
+# the linked files.
+set(KESTREL_MAX_PAGE_SIZE "" CACHE STRING
+    "Page size in bytes that segments are aligned for; the default is 16384 on AArch64")
+if(NOT KESTREL_MAX_PAGE_SIZE AND CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")
+    set(KESTREL_MAX_PAGE_SIZE 16384)
+endif()
+
+add_library(kestrel_hardening INTERFACE)
+target_compile_options(kestrel_hardening INTERFACE
+    -fstack-protector-strong
+    -ftrivial-auto-var-init=zero
+    -fvisibility=hidden -fvisibility-inlines-hidden
+    -Wformat -Werror=format-security -Wnon-virtual-dtor -Werror=non-virtual-dtor
+    # Into a section that is not loaded and that stripping removes.
+    -frecord-command-line)
+target_link_options(kestrel_hardening INTERFACE
+    -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack
+    -Wl,--no-undefined-version -Wl,--icf=safe -Wl,--build-id=sha1 -Wl,--as-needed)
+if(KESTREL_MAX_PAGE_SIZE)
+    target_link_options(kestrel_hardening INTERFACE -Wl,-z,max-page-size=${KESTREL_MAX_PAGE_SIZE})
+endif()
+if(KESTREL_SANITIZE)
+    # The sanitizers' runtime comes with the program, so that libraries cannot be complete, and it
+    # has its own checks for what fortification checks.
+    target_compile_options(kestrel_hardening INTERFACE
+        -fsanitize=${KESTREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(kestrel_hardening INTERFACE -fsanitize=${KESTREL_SANITIZE})
+else()
+    # Fortification needs an optimised build.
+    target_compile_options(kestrel_hardening INTERFACE
+        $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+        $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+    target_link_options(kestrel_hardening INTERFACE
+        $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:-Wl,-z,defs>)
+endif()
