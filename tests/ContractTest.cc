@@ -1,0 +1,367 @@
+// The binary contract of the real plug-in, as a host depends on it that was built elsewhere: by
+// offsets, by slots and by the bytes of files, not by names. It holds on every machine type.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+
+#include "action/mpctl_msg.h"
+#include "host/DynamicLoader.h"
+#include "host/Feature.h"
+#include "host/Registry.h"
+#include "learning/LearningRecords.h"
+#include "tests/support/EventImage.h"
+#include "tests/support/TestHost.h"
+
+namespace {
+
+using FeatureRegistry = RegistryBase<Feature, FeatureInfo>;
+using Bytes = std::string;
+
+// Calls a virtual operation by its slot. What is passed by value and is not trivial goes by its
+// address.
+template <class Result, class... Args>
+__attribute__((no_sanitize("function"))) Result callSlot(void* object, std::size_t slot,
+                                                         Args... args) {
+    void* const* table = *static_cast<void***>(object);
+    return reinterpret_cast<Result (*)(void*, Args...)>(table[slot])(object, args...);
+}
+
+int32_t numberAt(const Bytes& bytes, std::size_t offset) {
+    int32_t value = 0;
+    std::memcpy(&value, bytes.data() + offset, sizeof(value));
+    return value;
+}
+
+class ContractTest : public testing::Test {
+ public:
+    ContractTest() {
+        EXPECT_NE(dlopen(KESTREL_KNOB_LIBRARY, RTLD_NOW | RTLD_LOCAL), nullptr) << dlerror();
+        mPlugin = dlopen(KESTREL_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+        EXPECT_NE(mPlugin, nullptr) << dlerror();
+    }
+
+    ~ContractTest() override {
+        if (mFeature != nullptr) {
+            callSlot<void>(mFeature, 1);
+        }
+    }
+
+    void start(FeatureInfo info = {.featureName = "KestrelStarts"}) {
+        mFeature = FeatureRegistry::classList->at("KestrelStarts")(std::move(info));
+        ASSERT_NE(mFeature, nullptr);
+        mHost.takeLog();
+    }
+
+    void deliver(EventImage event, int64_t t = 0) {
+        HostRuntime::instance().setTime(t);
+        callSlot<void>(mFeature, 2, event.data());
+        mFeature->mMetaMeter->handOverFinishedRuns();
+    }
+
+    // A launch of `app` that takes 420 ms, after which another app comes forward.
+    void launchAndLeave(const std::string& app) {
+        deliver({app, 4225, 1}, 1000);
+        deliver({app, 4103, 0}, 1420);
+        deliver({"com.other", 4097, 0}, 2000);
+    }
+
+    // The payloads that a database of the device holds, in the order of their rows.
+    static std::vector<Bytes> blobs(const std::string& file, const std::string& table) {
+        std::vector<Bytes> found;
+        const auto add = [](void* list, int, char** columns, char**) {
+            static_cast<std::vector<Bytes>*>(list)->push_back(columns[0]);
+            return 0;
+        };
+        onDatabase(file, "SELECT hex(blob) FROM " + table + " ORDER BY rowid", add, &found);
+        for (Bytes& blob : found) {
+            Bytes bytes;
+            for (std::size_t i = 0; i < blob.size(); i += 2) {
+                bytes += static_cast<char>(std::stoi(blob.substr(i, 2), nullptr, 16));
+            }
+            blob = bytes;
+        }
+        return found;
+    }
+
+    static void onDatabase(const std::string& file, const std::string& sql,
+                           sqlite3_callback callback = nullptr, void* argument = nullptr) {
+        sqlite3* db = nullptr;
+        ASSERT_EQ(sqlite3_open(("/data/vendor/lm/" + file).c_str(), &db), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(db, sql.c_str(), callback, argument, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(db);
+        sqlite3_close(db);
+    }
+
+    TestHost mHost;
+    void* mPlugin = nullptr;
+    Feature* mFeature = nullptr;
+};
+
+// Every field of what crosses the boundary as bytes: what a host or another program compiled with
+// its own headers relies on.
+TEST(LayoutTest, EveryFieldHasItsPlace) {
+    const struct {
+        const char* name;
+        std::size_t offset, size;
+        std::size_t wantedOffset, wantedSize;
+    } fields[] = {
+#define FIELD(Record, field) #Record "." #field, offsetof(Record, field), sizeof(Record::field)
+        {FIELD(AsyncTriggerPayload, hintId), 0, 4},
+        {FIELD(AsyncTriggerPayload, hintType), 4, 4},
+        {FIELD(AsyncTriggerPayload, appName), 8, 24},
+        {FIELD(AsyncTriggerPayload, hintArg), 32, 4},
+        {FIELD(AsyncTriggerPayload, reserved36), 36, 24},
+        {FIELD(AsyncTriggerPayload, launchType), 60, 4},
+        {FIELD(AsyncTriggerPayload, launchArg), 64, 4},
+        {FIELD(AsyncTriggerPayload, reserved68), 68, 4},
+        {FIELD(AsyncTriggerPayload, featureVersion), 72, 2},
+        {FIELD(AsyncTriggerPayload, dataVersion), 74, 2},
+        {FIELD(AsyncTriggerPayload, reserved76), 76, 4},
+        {FIELD(AsyncTriggerPayload, hostData), 80, 24},
+        {FIELD(AsyncTriggerPayload, reserved104), 104, 16},
+        {"AsyncTriggerPayload", 0, sizeof(AsyncTriggerPayload), 0, 120},
+        {FIELD(KSInputDbData, launchDuration), 0, 4},
+        {FIELD(KSInputDbData, secondMetric), 4, 4},
+        {"KSInputDbData", 0, sizeof(KSInputDbData), 0, 8},
+        {FIELD(KSPerfdOutput, reserved0), 0, 4},
+        {FIELD(KSPerfdOutput, boostType), 4, 4},
+        {FIELD(KSPerfdOutput, launchDuration), 8, 4},
+        {FIELD(KSPerfdOutput, secondMetric), 12, 4},
+        {FIELD(KSPerfdOutput, reservedBlock), 16, 512},
+        {FIELD(KSPerfdOutput, launchCount), 528, 4},
+        {FIELD(KSPerfdOutput, retriggered), 532, 4},
+        {"KSPerfdOutput", 0, sizeof(KSPerfdOutput), 0, 536},
+        {"AppState", 0, sizeof(AppState), 0, 4},
+        {FIELD(mpctl_msg_t, requestKind), 8, 1},
+        {FIELD(mpctl_msg_t, duration), 12, 4},
+        {FIELD(mpctl_msg_t, hintId), 1184, 4},
+        {FIELD(mpctl_msg_t, hintType), 1188, 4},
+        {FIELD(mpctl_msg_t, appName), 1200, 128},
+        {"mpctl_msg_t", 0, sizeof(mpctl_msg_t), 0, 1440},
+    };
+#undef FIELD
+    for (const auto& field : fields) {
+        SCOPED_TRACE(field.name);
+        EXPECT_EQ(field.offset, field.wantedOffset);
+        EXPECT_EQ(field.size, field.wantedSize);
+    }
+}
+
+TEST_F(ContractTest, AnEventIsReadAtItsOffsets) {
+    start({.featureName = "KestrelStarts", .ignoredApps = {"com.ignored"}});
+    const std::string longName = "com.some.quite.long.company.name/.MainActivity";
+    for (const std::string& app : {std::string("com.a/.Main"), longName}) {
+        SCOPED_TRACE(app);
+        EventImage launch(app, 4225, 1);
+        launch.put<int32_t>(32, 77);  // overwritten before the meter gets it
+        launch.put<int32_t>(60, 2);
+        launch.put<int32_t>(64, -12345);
+        deliver(launch);
+        const auto boosts = mHost.records<record::HintAcqRel>();
+        ASSERT_EQ(boosts.size(), 1U);
+        EXPECT_EQ(boosts[0].app, app);
+        EXPECT_EQ(boosts[0].args, (std::array<int, 2>{2, -12345}));
+        const auto launches = mHost.records<record::Hint>();
+        ASSERT_EQ(launches.size(), 1U);
+        EXPECT_EQ(launches[0].hintType, 9);
+        const auto metered = mHost.records<record::Meter>();
+        ASSERT_EQ(metered.size(), 1U);
+        EXPECT_EQ(metered[0].hintArg, 15100);
+        EXPECT_EQ(metered[0].appName, app);
+        deliver({"com.ignored", 4097, 0});
+        EXPECT_EQ(mHost.records<record::Release>().size(), 0U);
+        deliver({"com.other", 4097, 0});
+        EXPECT_GT(mHost.records<record::Release>().size(), 0U);
+        mHost.takeLog();
+    }
+}
+
+TEST_F(ContractTest, VersionsAreComparedWithTheirSigns) {
+    start();
+    const struct {
+        const char* name;
+        int16_t featureVersion;
+        uint16_t dataVersion;
+        bool accepted;
+    } cases[] = {
+        {"as built", 1, 112, true},
+        {"older", 0, 112, true},
+        {"far below", INT16_MIN, 112, true},
+        {"newer", 2, 112, false},
+        {"far above", INT16_MAX, 112, false},
+        {"other data", 1, 111, false},
+        {"other data in the high byte", 1, 0x0170, false},
+        {"data with the highest bit", 1, 0x8070, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EventImage launch("com.a", 4225, 1);
+        launch.put(72, c.featureVersion);
+        launch.put(74, c.dataVersion);
+        deliver(launch);
+        EXPECT_EQ(mHost.records<record::Hint>().size(), c.accepted ? 1U : 0U);
+        deliver({"", 4160, 0});
+        mHost.takeLog();
+    }
+}
+
+// The type's highest byte decides, which as a signed character would be negative.
+TEST_F(ContractTest, ARemovalKeepsTheDataWhenTheHighestByteOfItsTypeIsSet) {
+    start();
+    const std::string app = "com.\xc3\xa9t\xc3\xa9.\xff";  // no character is a number below 0 here
+    launchAndLeave(app);
+    ASSERT_EQ(blobs("KestrelStarts.db", "KestrelStarts").size(), 1U);
+    for (const int32_t kept : {0x01000000, INT32_MIN, -1}) {
+        deliver({app, 4164, kept});
+        EXPECT_EQ(blobs("KestrelStarts.db", "KestrelStarts").size(), 1U) << kept;
+    }
+    deliver({app, 4164, 0x00FFFFFF});
+    EXPECT_EQ(blobs("KestrelStarts.db", "KestrelStarts").size(), 0U);
+}
+
+TEST_F(ContractTest, RecordsAreTheBytesInTheFiles) {
+    start();
+    launchAndLeave("com.a");
+    const auto launches = blobs("KestrelStarts.db", "KestrelStarts");
+    ASSERT_EQ(launches.size(), 1U);
+    EXPECT_EQ(launches[0], Bytes("\xa4\x01\0\0\0\0\0\0", 8));  // 420 ms
+    for (int i = 1; i <= 5; ++i) {
+        launchAndLeave("com.a");
+    }
+    EXPECT_EQ(blobs("KestrelStartsState.db", "app_state"), std::vector{Bytes("\4\0\0\0", 4)});
+    auto records = blobs("KestrelStartsAction.db", "output_table");
+    ASSERT_EQ(records.size(), 1U);
+    ASSERT_EQ(records[0].size(), 536U);
+    EXPECT_EQ(numberAt(records[0], 4), 8);
+    const int32_t learned = numberAt(records[0], 8);
+    EXPECT_EQ(mHost.records<record::Hint>().back().duration, learned);
+
+    // What another program put there is read, counted on and otherwise kept.
+    onDatabase("KestrelStartsAction.db",
+               "UPDATE output_table SET blob = x'78563412' || x'FF000000' || x'D2040000' ||"
+               " x'EFBEADDE' || CAST(substr(hex(zeroblob(256)), 1, 512) AS BLOB) ||"
+               " x'29000000' || x'00000000'");
+    launchAndLeave("com.a");
+    EXPECT_EQ(mHost.records<record::Hint>().back().duration, 1234);
+    records = blobs("KestrelStartsAction.db", "output_table");
+    ASSERT_EQ(records.size(), 1U);
+    EXPECT_EQ(records[0], Bytes("\x78\x56\x34\x12\xff\0\0\0\xd2\4\0\0\xef\xbe\xad\xde", 16) +
+                              Bytes(512, '0') + Bytes("\x2a\0\0\0\0\0\0\0", 8));
+}
+
+TEST_F(ContractTest, AFeedbackMessageIsAnsweredInItsDurationOnly) {
+    const auto feedback = reinterpret_cast<int (*)(void*)>(
+        dlsym(mPlugin, "_ZN19KestrelStartsAction10FeedbackCBEP11mpctl_msg_t"));
+    ASSERT_NE(feedback, nullptr);
+    constexpr std::size_t SIZE = 1440;
+    alignas(8) std::array<char, SIZE + 64> message;
+    message.fill('\x5A');
+    const uint32_t hintId = 4225;
+    std::memcpy(&message[1184], &hintId, sizeof(hintId));
+    std::memcpy(&message[1200], "com.a", 6);
+    auto answered = message;
+    EXPECT_EQ(feedback(answered.data()), 0);
+    const int32_t durationMs = 15000;
+    std::memcpy(&message[12], &durationMs, sizeof(durationMs));
+    EXPECT_EQ(answered, message);
+}
+
+TEST_F(ContractTest, TheFeatureIsDrivenBySlots) {
+    const auto openFiles = [] {
+        std::size_t count = 0;
+        for (const auto& file : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code gone;
+            count +=
+                std::filesystem::read_symlink(file, gone).string().find(".db") != std::string::npos
+                    ? 1
+                    : 0;
+        }
+        return count;
+    };
+    const std::size_t openBefore = openFiles();
+    start();
+    EXPECT_GT(openFiles(), openBefore);
+    const std::atomic<bool> stop{false};
+    callSlot<void>(mFeature, 3, &stop);
+    callSlot<void>(mFeature, 4, &stop);
+    std::string app = "com.a";
+    featureData data;
+    std::vector<int> values = {1, 2};
+    EXPECT_EQ(callSlot<int>(mFeature, 5, 1, static_cast<char**>(nullptr)), 0);
+    deliver({app, 4225, 1});
+    EXPECT_EQ(mHost.records<record::Hint>().size(), 1U);
+    EXPECT_EQ(callSlot<int>(mFeature, 6, &app, &data, 5), 0);
+    EXPECT_EQ(data.value, 1);  // a process id at least
+    EXPECT_EQ(callSlot<int>(mFeature, 7, &app, &data, 3, 4), 0);
+    EXPECT_EQ(data.value, -1);
+    EXPECT_EQ(callSlot<int>(mFeature, 8, &app, &values), 0);
+    EXPECT_EQ(callSlot<int>(mFeature, 9, 1, &values), 0);
+    EXPECT_EQ(values, (std::vector<int>{1, 2}));
+    EXPECT_EQ(app, "com.a");
+    // The first slot ends the object and leaves its memory.
+    callSlot<void>(mFeature, 0);
+    EXPECT_EQ(mFeature->mMetaMeter, nullptr);
+    ::operator delete(std::exchange(mFeature, nullptr));
+}
+
+TEST_F(ContractTest, TheMetaMeterIsDrivenBySlots) {
+    for (const std::size_t destructor : {0U, 1U}) {
+        start();
+        std::vector<Meter*> none;
+        EXPECT_EQ(callSlot<int>(mFeature->mMetaMeter, 2, &none), 0);
+        EXPECT_EQ(mHost.takeLog().size(), 1U);  // nothing to store, it says
+        EXPECT_EQ(callSlot<int>(mFeature->mMetaMeter, 3, &none), 0);
+        MetaMeter* meter = std::exchange(mFeature->mMetaMeter, nullptr);
+        callSlot<void>(meter, destructor);
+        if (destructor == 0) {
+            ::operator delete(meter);
+        }
+        callSlot<void>(std::exchange(mFeature, nullptr), 1);
+    }
+}
+
+std::vector<std::string> gCalls;
+
+// The service's members are found by their places alone; a call through any other ends the test.
+TEST_F(ContractTest, TheServicesEntryPointsAreTheirPlacesInTheLoader) {
+    void** loader = reinterpret_cast<void**>(&DynamicLoader::getInstance());
+    for (std::size_t i = 0; i < 11; ++i) {
+        loader[i] = reinterpret_cast<void*>(+[] { std::abort(); });
+    }
+    loader[5] = reinterpret_cast<void*>(+[](int handle) {
+        gCalls.push_back("release " + std::to_string(handle));
+        return 0;
+    });
+    loader[7] = reinterpret_cast<void*>(
+        +[](const char* name, char* buffer, std::size_t size, const char* defaultText) {
+            const bool apps = std::string_view(name) == "ro.vendor.perf.kap";
+            std::snprintf(buffer, size, "%s", apps ? "true" : defaultText);
+        });
+    loader[8] = reinterpret_cast<void*>(+[](int hintId, const char* app, int duration, int type) {
+        gCalls.push_back("hint " + std::to_string(hintId) + " " + app + " " +
+                         std::to_string(duration) + " " + std::to_string(type));
+        return 8;
+    });
+    loader[10] = reinterpret_cast<void*>(
+        +[](int handle, int hintId, const char* app, int duration, int type, int count, int* args) {
+            gCalls.push_back("replace " + std::to_string(handle) + " " + std::to_string(hintId) +
+                             " " + app + " " + std::to_string(duration) + " " +
+                             std::to_string(type) + " " + std::to_string(count) + " " +
+                             std::to_string(args[0]) + " " + std::to_string(args[1]));
+            return 10;
+        });
+    start();
+    EventImage launch("com.a", 4225, 1);
+    launch.put<int32_t>(64, 64);
+    deliver(launch);
+    deliver({"com.b", 4097, 0});
+    EXPECT_EQ(gCalls, (Lines{"replace -1 4225 com.a 2000 7 2 0 64", "hint 4225 com.a 15000 8",
+                             "release 10", "release -1", "release 8"}));
+}
+
+}  // namespace
