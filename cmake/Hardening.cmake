@@ -6,6 +6,8 @@ if(NOT KESTREL_MAX_PAGE_SIZE AND CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")
     set(KESTREL_MAX_PAGE_SIZE 16384)
 endif()
 
+set(KESTREL_TRAPPED signed-integer-overflow,integer-divide-by-zero,shift,bounds)
+
 add_library(kestrel_hardening INTERFACE)
 target_compile_options(kestrel_hardening INTERFACE
     -fstack-protector-strong
@@ -16,21 +18,24 @@ target_compile_options(kestrel_hardening INTERFACE
     -frecord-command-line)
 target_link_options(kestrel_hardening INTERFACE
     -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack
-    -Wl,--no-undefined-version -Wl,--icf=safe -Wl,--build-id=sha1 -Wl,--as-needed)
+    -Wl,--no-undefined-version -Wl,--build-id=sha1 -Wl,--as-needed)
 if(KESTREL_MAX_PAGE_SIZE)
     target_link_options(kestrel_hardening INTERFACE -Wl,-z,max-page-size=${KESTREL_MAX_PAGE_SIZE})
 endif()
 if(KESTREL_SANITIZE)
-    # The sanitizers' runtime comes with the program, so that libraries cannot be complete, and it
-    # has its own checks for what fortification checks.
+    # The sanitizers' runtime comes with the program, so that libraries cannot be complete; its
+    # objects do not say which functions may be folded; it checks itself what fortification checks.
     target_compile_options(kestrel_hardening INTERFACE
         -fsanitize=${KESTREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(kestrel_hardening INTERFACE -fsanitize=${KESTREL_SANITIZE})
 else()
-    # Fortification needs an optimised build.
+    # Undefined arithmetic ends the process instead of going on with a wrong number; the checks need
+    # no runtime. Fortification needs an optimised build.
     target_compile_options(kestrel_hardening INTERFACE
+        -fsanitize=${KESTREL_TRAPPED} -fsanitize-trap=${KESTREL_TRAPPED}
         $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
         $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
     target_link_options(kestrel_hardening INTERFACE
+        -Wl,--icf=safe
         $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:-Wl,-z,defs>)
 endif()

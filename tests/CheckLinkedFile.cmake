@@ -1,7 +1,9 @@
 # Reads a linked file and tells every property of the build that it lacks.
 #   FILE           the file
 #   READELF, NM    the tools
-#   PAGE_SIZE      bytes that its segments must be aligned for; empty: the machine's own
+#   PAGE_SIZE      bytes that its segments must be aligned for; empty, but not on AArch64: the
+#                  machine's own
+#   TRAPPED        the undefined operations that trap; empty under the sanitizers
 #   OPTIMISED      whether the build is fortified and identical functions are folded
 #   IMPORTS        symbols that it must import, separated by commas
 #   EXPORTED       file that lists the symbols that it exports; empty: not compared
@@ -34,6 +36,9 @@ require("the command lines of its sources" commands)
 set(flags
     -fstack-protector-strong -ftrivial-auto-var-init=zero -fvisibility=hidden
     -fvisibility-inlines-hidden -Werror=format-security -Werror=non-virtual-dtor)
+if(TRAPPED)
+    list(APPEND flags -fsanitize=${TRAPPED} -fsanitize-trap=${TRAPPED})
+endif()
 if(OPTIMISED)
     list(APPEND flags "-U _FORTIFY_SOURCE -D _FORTIFY_SOURCE=2")
 endif()
@@ -54,6 +59,7 @@ require("a build id of 20 bytes" headers MATCHES "Build ID: [0-9a-f]+\n")
 string(REGEX MATCH "Build ID: ([0-9a-f]+)" ignored "${headers}")
 string(LENGTH "${CMAKE_MATCH_1}" digits)
 require("a build id of 20 bytes" digits EQUAL 40)
+require("pages that its segments are aligned for" PAGE_SIZE OR NOT headers MATCHES "AArch64")
 string(REGEX MATCHALL "\n +LOAD [^\n]*" segments "${headers}")
 require("segments" segments)
 foreach(segment IN LISTS segments)

@@ -255,7 +255,7 @@ TEST_F(ContractTest, RecordsAreTheBytesInTheFiles) {
 }
 
 TEST_F(ContractTest, AFeedbackMessageIsAnsweredInItsDurationOnly) {
-    const auto feedback = reinterpret_cast<int (*)(void*)>(
+    const auto feedback = reinterpret_cast<int (*)(mpctl_msg_t*)>(
         dlsym(mPlugin, "_ZN19KestrelStartsAction10FeedbackCBEP11mpctl_msg_t"));
     ASSERT_NE(feedback, nullptr);
     constexpr std::size_t SIZE = 1440;
@@ -265,7 +265,7 @@ TEST_F(ContractTest, AFeedbackMessageIsAnsweredInItsDurationOnly) {
     std::memcpy(&message[1184], &hintId, sizeof(hintId));
     std::memcpy(&message[1200], "com.a", 6);
     auto answered = message;
-    EXPECT_EQ(feedback(answered.data()), 0);
+    EXPECT_EQ(feedback(reinterpret_cast<mpctl_msg_t*>(answered.data())), 0);
     const int32_t durationMs = 15000;
     std::memcpy(&message[12], &durationMs, sizeof(durationMs));
     EXPECT_EQ(answered, message);
