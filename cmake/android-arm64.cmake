@@ -1,0 +1,12 @@
+# Builds for an AArch64 device with the NDK that ANDROID_NDK_HOME names.
+set(ndk_toolchain "$ENV{ANDROID_NDK_HOME}/build/cmake/android.toolchain.cmake")
+if(NOT EXISTS "${ndk_toolchain}")
+    message(FATAL_ERROR "ANDROID_NDK_HOME must name the folder of an Android NDK.")
+endif()
+set(ANDROID_ABI arm64-v8a)
+set(ANDROID_STL c++_shared)
+set(ANDROID_CPP_FEATURES rtti exceptions)
+if(NOT DEFINED ANDROID_PLATFORM)
+    set(ANDROID_PLATFORM android-30)
+endif()
+include(${ndk_toolchain})
