@@ -3,7 +3,6 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <cstddef>
 #include <filesystem>
@@ -14,13 +13,13 @@
 #include "host/Feature.h"
 #include "host/Registry.h"
 #include "learning/LearningRecords.h"
+#include "tests/support/DatabaseFile.h"
 #include "tests/support/EventImage.h"
 #include "tests/support/TestHost.h"
 
 namespace {
 
 using FeatureRegistry = RegistryBase<Feature, FeatureInfo>;
-using Bytes = std::string;
 
 // Calls a virtual operation by its slot. What is passed by value and is not trivial goes by its
 // address.
@@ -29,12 +28,6 @@ __attribute__((no_sanitize("function"))) Result callSlot(void* object, std::size
                                                          Args... args) {
     void* const* table = *static_cast<void***>(object);
     return reinterpret_cast<Result (*)(void*, Args...)>(table[slot])(object, args...);
-}
-
-int32_t numberAt(const Bytes& bytes, std::size_t offset) {
-    int32_t value = 0;
-    std::memcpy(&value, bytes.data() + offset, sizeof(value));
-    return value;
 }
 
 class ContractTest : public testing::Test {
@@ -70,31 +63,14 @@ class ContractTest : public testing::Test {
         deliver({"com.other", 4097, 0}, 2000);
     }
 
-    // The payloads that a database of the device holds, in the order of their rows.
-    static std::vector<Bytes> blobs(const std::string& file, const std::string& table) {
-        std::vector<Bytes> found;
-        const auto add = [](void* list, int, char** columns, char**) {
-            static_cast<std::vector<Bytes>*>(list)->push_back(columns[0]);
-            return 0;
-        };
-        onDatabase(file, "SELECT hex(blob) FROM " + table + " ORDER BY rowid", add, &found);
-        for (Bytes& blob : found) {
-            Bytes bytes;
-            for (std::size_t i = 0; i < blob.size(); i += 2) {
-                bytes += static_cast<char>(std::stoi(blob.substr(i, 2), nullptr, 16));
-            }
-            blob = bytes;
-        }
-        return found;
+    // The payloads that a database of the device holds, as hexadecimal digits, in the order of
+    // rows.
+    static Lines blobs(const std::string& file, const std::string& table) {
+        return database(file).run("SELECT hex(blob) FROM " + table + " ORDER BY rowid");
     }
 
-    static void onDatabase(const std::string& file, const std::string& sql,
-                           sqlite3_callback callback = nullptr, void* argument = nullptr) {
-        sqlite3* db = nullptr;
-        ASSERT_EQ(sqlite3_open(("/data/vendor/lm/" + file).c_str(), &db), SQLITE_OK);
-        EXPECT_EQ(sqlite3_exec(db, sql.c_str(), callback, argument, nullptr), SQLITE_OK)
-            << sqlite3_errmsg(db);
-        sqlite3_close(db);
+    static DatabaseFile database(const std::string& file) {
+        return DatabaseFile("/data/vendor/lm/" + file);
     }
 
     TestHost mHost;
@@ -227,31 +203,25 @@ TEST_F(ContractTest, ARemovalKeepsTheDataWhenTheHighestByteOfItsTypeIsSet) {
 TEST_F(ContractTest, RecordsAreTheBytesInTheFiles) {
     start();
     launchAndLeave("com.a");
-    const auto launches = blobs("KestrelStarts.db", "KestrelStarts");
-    ASSERT_EQ(launches.size(), 1U);
-    EXPECT_EQ(launches[0], Bytes("\xa4\x01\0\0\0\0\0\0", 8));  // 420 ms
+    EXPECT_EQ(blobs("KestrelStarts.db", "KestrelStarts"), Lines{"A401000000000000"});  // 420 ms
     for (int i = 1; i <= 5; ++i) {
         launchAndLeave("com.a");
     }
-    EXPECT_EQ(blobs("KestrelStartsState.db", "app_state"), std::vector{Bytes("\4\0\0\0", 4)});
-    auto records = blobs("KestrelStartsAction.db", "output_table");
-    ASSERT_EQ(records.size(), 1U);
-    ASSERT_EQ(records[0].size(), 536U);
-    EXPECT_EQ(numberAt(records[0], 4), 8);
-    const int32_t learned = numberAt(records[0], 8);
-    EXPECT_EQ(mHost.records<record::Hint>().back().duration, learned);
+    EXPECT_EQ(blobs("KestrelStartsState.db", "app_state"), Lines{"04000000"});
+    const std::string unused(1024, '0');
+    EXPECT_EQ(mHost.records<record::Hint>().back().duration, 750);  // 02EE
+    EXPECT_EQ(blobs("KestrelStartsAction.db", "output_table"),
+              Lines{"0000000008000000EE02000000000000" + unused + "0000000000000000"});
 
     // What another program put there is read, counted on and otherwise kept.
-    onDatabase("KestrelStartsAction.db",
-               "UPDATE output_table SET blob = x'78563412' || x'FF000000' || x'D2040000' ||"
-               " x'EFBEADDE' || CAST(substr(hex(zeroblob(256)), 1, 512) AS BLOB) ||"
-               " x'29000000' || x'00000000'");
+    const std::string foreign(1024, 'C');
+    database("KestrelStartsAction.db")
+        .run("UPDATE output_table SET blob = x'78563412FF000000D2040000EFBEADDE" + foreign +
+             "2900000000000000'");
     launchAndLeave("com.a");
     EXPECT_EQ(mHost.records<record::Hint>().back().duration, 1234);
-    records = blobs("KestrelStartsAction.db", "output_table");
-    ASSERT_EQ(records.size(), 1U);
-    EXPECT_EQ(records[0], Bytes("\x78\x56\x34\x12\xff\0\0\0\xd2\4\0\0\xef\xbe\xad\xde", 16) +
-                              Bytes(512, '0') + Bytes("\x2a\0\0\0\0\0\0\0", 8));
+    EXPECT_EQ(blobs("KestrelStartsAction.db", "output_table"),
+              Lines{"78563412FF000000D2040000EFBEADDE" + foreign + "2A00000000000000"});
 }
 
 TEST_F(ContractTest, AFeedbackMessageIsAnsweredInItsDurationOnly) {

@@ -20,11 +20,28 @@ LMDBDataTable<AppState>::vecT readRows(LMDatabase<AppState>& db, std::string con
     return db.readAllocateDR<AppState>(key);
 }
 
+constexpr const char* TABLE = "app_state";
+
+// Takes apps that were left on the way between two states back to the beginning. The plug-in passes
+// through 1, 3 and 5 within one event and does not go on from them, so an app that a crash left
+// there would never be learned again. State 2 it does go on from.
+void abandonUnfinishedSteps(LMDatabase<AppState>& db) {
+    static_assert(sizeof(AppState) == 4);
+    lmstore::Statement statement;
+    if (!statement.prepare(db.dbHandle, std::string("UPDATE ") + TABLE +
+                                            " SET blob = x'00000000' WHERE blob IN "
+                                            "(x'01000000', x'03000000', x'05000000')") ||
+        statement.step() != lmstore::Statement::DONE) {
+        lmstore::logSqlMessage("FeatureState", 43, TABLE, db.dbHandle);
+    }
+}
+
 }  // namespace
 
 FeatureState::FeatureState(const std::string& featureName) {
-    auto db = std::make_unique<LMDatabase<AppState>>(0, featureName + "State.db", "app_state");
+    auto db = std::make_unique<LMDatabase<AppState>>(0, featureName + "State.db", TABLE);
     if (db->openLMdb() == LMDB_SUCCESS) {
+        abandonUnfinishedSteps(*db);
         mDb = std::move(db);
     }
 }

@@ -11,6 +11,7 @@ namespace {
 struct ForwardingFile {
     sqlite3_file base;
     ForwardingVfs* vfs;
+    const char* name;  // SQLite's, as long as the file is open
 };
 
 constexpr std::size_t PATH_SIZE = 4096;
@@ -29,7 +30,8 @@ sqlite3_vfs* realVfs(sqlite3_vfs* vfs) {
 }
 
 std::optional<int> intercept(sqlite3_file* file, VfsCall call) {
-    return reinterpret_cast<ForwardingFile*>(file)->vfs->intercept(call);
+    const auto* forwarding = reinterpret_cast<ForwardingFile*>(file);
+    return forwarding->vfs->intercept(call, forwarding->name);
 }
 
 // Passes a call on a file to the method of the same name there, unless `CALL` is intercepted.
@@ -90,28 +92,30 @@ const IoMethods* methodsFor(int version) {
 int openFile(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* outFlags) {
     // SQLite closes what has methods, also after a failed open.
     file->pMethods = nullptr;
-    if (const auto answer = self(vfs).intercept(VfsCall::open)) {
+    if (const auto answer = self(vfs).intercept(VfsCall::open, name)) {
         return *answer;
     }
     sqlite3_file* real = realFile(file);
     real->pMethods = nullptr;
     const int code = realVfs(vfs)->xOpen(realVfs(vfs), name, real, flags, outFlags);
     if (real->pMethods != nullptr) {
-        reinterpret_cast<ForwardingFile*>(file)->vfs = &self(vfs);
+        auto* forwarding = reinterpret_cast<ForwardingFile*>(file);
+        forwarding->vfs = &self(vfs);
+        forwarding->name = name;
         file->pMethods = methodsFor(real->pMethods->iVersion);
     }
     return code;
 }
 
 int deleteFile(sqlite3_vfs* vfs, const char* name, int syncDirectory) {
-    if (const auto answer = self(vfs).intercept(VfsCall::remove)) {
+    if (const auto answer = self(vfs).intercept(VfsCall::remove, name)) {
         return *answer;
     }
     return passVfs<&sqlite3_vfs::xDelete>(vfs, name, syncDirectory);
 }
 
 int accessFile(sqlite3_vfs* vfs, const char* name, int flags, int* result) {
-    if (const auto answer = self(vfs).intercept(VfsCall::access)) {
+    if (const auto answer = self(vfs).intercept(VfsCall::access, name)) {
         return *answer;
     }
     return passVfs<&sqlite3_vfs::xAccess>(vfs, name, flags, result);
@@ -157,7 +161,7 @@ ForwardingVfs::~ForwardingVfs() {
     sqlite3_vfs_register(mReal, 1);
 }
 
-std::optional<int> ForwardingVfs::intercept(VfsCall /*call*/) noexcept {
+std::optional<int> ForwardingVfs::intercept(VfsCall /*call*/, const char* /*file*/) noexcept {
     return std::nullopt;
 }
 

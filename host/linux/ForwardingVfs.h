@@ -36,8 +36,9 @@ class LM_API ForwardingVfs {
     ForwardingVfs(const ForwardingVfs&) = delete;
     ForwardingVfs& operator=(const ForwardingVfs&) = delete;
 
-    // A result here is answered in place of the call; none lets the call through. Throws nothing.
-    virtual std::optional<int> intercept(VfsCall call) noexcept;
+    // A result here is answered in place of the call; none lets the call through. `file` is the
+    // path, borrowed for the call; null for a temporary file without a name. Throws nothing.
+    virtual std::optional<int> intercept(VfsCall call, const char* file) noexcept;
 
     // Writes the path to open for a name that SQLite was given, with its terminating zero, to
     // `out` of `size` bytes. False answers SQLITE_CANTOPEN. Throws nothing: SQLite calls it.

@@ -18,7 +18,7 @@ void RelocatingVfs::install(const std::string& root, bool sync) {
     vfs.mSync = sync;
 }
 
-std::optional<int> RelocatingVfs::intercept(VfsCall call) noexcept {
+std::optional<int> RelocatingVfs::intercept(VfsCall call, const char* /*file*/) noexcept {
     return call == VfsCall::sync && !mSync ? std::optional<int>(SQLITE_OK) : std::nullopt;
 }
 

@@ -16,7 +16,7 @@ class LM_API RelocatingVfs : public ForwardingVfs {
     // on are. It stays for the life of the process, as the plug-in's open files do.
     static void install(const std::string& root, bool sync);
 
-    std::optional<int> intercept(VfsCall call) noexcept override;
+    std::optional<int> intercept(VfsCall call, const char* file) noexcept override;
 
     // Names below the device's directory go below the root, and names that lead out of it nowhere.
     bool mapPath(const char* name, std::size_t size, char* out) noexcept override;

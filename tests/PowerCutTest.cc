@@ -1,0 +1,222 @@
+// The power goes, or the process is killed, at any point: what was committed is there, and the app
+// ends up learned again.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <set>
+
+#include "host/linux/LinuxHost.h"
+#include "tests/support/DatabaseFile.h"
+#include "tests/support/PowerCutVfs.h"
+#include "tests/support/ProgramRun.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Event {
+    int32_t hintId;
+    int32_t hintType;
+    std::string app;
+};
+using Story = std::vector<Event>;
+
+const std::string APP = "com.a/.Main";
+const fs::path DIRECTORY = "data/vendor/lm";
+const std::map<std::string, std::string> TABLES = {{"KestrelStarts.db", "KestrelStarts"},
+                                                   {"KestrelStartsAction.db", "output_table"},
+                                                   {"KestrelStartsState.db", "app_state"}};
+
+Story operator+(Story first, const Story& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+Story launches(int count, const std::string& app = APP) {
+    Story story;
+    for (int i = 0; i < count; ++i) {
+        story = story + Story{{4225, 1, app}, {4103, 0, app}, {4097, 0, "com.home"}};
+    }
+    return story;
+}
+
+const Story REMOVAL = {{4164, 0, APP}};
+const Story UNTIL_LEARNED = launches(12);
+
+std::string toTrace(const Story& story, std::size_t from = 0) {
+    std::string lines;
+    for (std::size_t i = from; i < story.size(); ++i) {
+        lines += "{\"t\":" + std::to_string(400 * i) +
+                 ",\"hintId\":" + std::to_string(story[i].hintId) +
+                 ",\"hintType\":" + std::to_string(story[i].hintType) + ",\"appName\":\"" +
+                 story[i].app + "\"}\n";
+    }
+    return lines;
+}
+
+// All rows of the databases that are there.
+std::set<std::string> dumpAll(const fs::path& root) {
+    std::set<std::string> rows;
+    for (const auto& [file, table] : TABLES) {
+        const fs::path path = root / DIRECTORY / file;
+        if (!fs::exists(path) || DatabaseFile(path).run("SELECT 1 FROM sqlite_master").empty()) {
+            continue;
+        }
+        for (const std::string& row : DatabaseFile(path).dump(table)) {
+            rows.insert(table + "|" + row);
+        }
+    }
+    return rows;
+}
+
+// What holds of the databases whenever a host has been at work.
+void expectSound(const fs::path& root) {
+    for (const auto& [file, table] : TABLES) {
+        const fs::path path = root / DIRECTORY / file;
+        if (fs::exists(path)) {
+            EXPECT_EQ(DatabaseFile(path).run("PRAGMA integrity_check"),
+                      std::vector<std::string>{"ok"});
+        }
+    }
+    const fs::path records = root / DIRECTORY / "KestrelStartsAction.db";
+    if (fs::exists(records) && !DatabaseFile(records).run("SELECT 1 FROM sqlite_master").empty()) {
+        EXPECT_EQ(DatabaseFile(records).run(
+                      "SELECT appName FROM output_table GROUP BY appName HAVING COUNT(*) > 1"),
+                  std::vector<std::string>{});
+    }
+}
+
+void expectLearned(const fs::path& root, const std::string& app) {
+    const std::string ofApp = " WHERE appName = '" + app + "'";
+    EXPECT_EQ(DatabaseFile(root / DIRECTORY / "KestrelStartsState.db")
+                  .run("SELECT hex(blob) FROM app_state" + ofApp),
+              std::vector<std::string>{"04000000"});
+    EXPECT_EQ(DatabaseFile(root / DIRECTORY / "KestrelStartsAction.db")
+                  .run("SELECT COUNT(*) FROM output_table" + ofApp),
+              std::vector<std::string>{"1"});
+}
+
+class PowerCutTest : public testing::Test {
+ protected:
+    // Plays the story with all its flushes and cuts the power at each point; restarts on what is
+    // left and plays the rest.
+    void cutEverywhere(const Story& story) {
+        const fs::path root = mProgram.path("root");
+        std::vector<std::set<std::string>> before = {dumpAll(root)};  // each event
+        LinuxHost host(
+            {}, {.root = root, .plugin = KESTREL_PLUGIN, .knobLibrary = KESTREL_KNOB_LIBRARY},
+            [](const HostRecord&) {});
+        PowerCutVfs& vfs = *new PowerCutVfs(root / DIRECTORY);  // as long as the open databases
+        host.start(0);
+        for (std::size_t i = 0; i < story.size(); ++i) {
+            vfs.event = i;
+            AsyncTriggerPayload payload;
+            payload.hintId = story[i].hintId;
+            payload.hintType = story[i].hintType;
+            payload.appName = story[i].app;
+            payload.featureVersion = 1;
+            payload.dataVersion = 112;
+            host.deliver(static_cast<int64_t>(400 * i), i, payload);
+            before.push_back(dumpAll(root));
+            vfs.images.push_back(vfs.take());
+        }
+        const std::vector<PowerCutVfs::Image> images = std::exchange(vfs.images, {});
+        host.stop();
+        ASSERT_GT(images.size(), story.size());
+        for (std::size_t i = 0; i < images.size() && !HasFailure(); i += KESTREL_SWEEP_STRIDE) {
+            SCOPED_TRACE("point " + std::to_string(i) + " in event " +
+                         std::to_string(images[i].event));
+            std::set<std::string> committed;
+            std::ranges::set_intersection(before[images[i].event], before[images[i].event + 1],
+                                          std::inserter(committed, committed.end()));
+            const Story rest =
+                Story(story.begin() + static_cast<std::ptrdiff_t>(images[i].event) + 1,
+                      story.end()) +
+                UNTIL_LEARNED;
+            restartOn(images[i].durable, committed, rest);
+            restartOn(images[i].written, committed, rest);
+            restartOn(PowerCutVfs::torn(images[i], i), committed, rest);
+        }
+    }
+
+    void restartOn(const PowerCutVfs::Files& files, const std::set<std::string>& committed,
+                   const Story& rest) {
+        const fs::path root = restore("restarted", files);
+        // Looked at in a copy: reading repairs a log that is torn.
+        EXPECT_TRUE(std::ranges::includes(dumpAll(restore("left", files)), committed));
+        mProgram.write("rest.jsonl", toTrace(rest));
+        const auto result = mProgram.run("replay --no-sync --root restarted rest.jsonl");
+        EXPECT_EQ(result.status, 0) << result.err;
+        expectSound(root);
+        expectLearned(root, APP);
+    }
+
+    fs::path restore(const std::string& name, const PowerCutVfs::Files& files) {
+        const fs::path root = mProgram.path(name);
+        fs::remove_all(root);
+        fs::create_directories(root / DIRECTORY);
+        for (const auto& [file, content] : files) {
+            std::ofstream(root / DIRECTORY / file, std::ios::binary) << content;
+        }
+        return root;
+    }
+
+    ProgramRun mProgram;
+};
+
+TEST_F(PowerCutTest, LearningAndRemoval) {
+    cutEverywhere(launches(7) + REMOVAL + launches(6));
+}
+
+TEST_F(PowerCutTest, Relearning) {
+    mProgram.write("learned.jsonl", toTrace(launches(7)));
+    ASSERT_EQ(mProgram.run("replay --root root learned.jsonl").status, 0);
+    // 98 launches since, of 100.
+    DatabaseFile(mProgram.path("root") / DIRECTORY / "KestrelStartsAction.db")
+        .run(
+            "UPDATE output_table SET blob = CAST(substr(blob, 1, 528) || x'62000000' ||"
+            " x'00000000' AS BLOB)");
+    cutEverywhere(launches(9));
+}
+
+// A real process, at points that nobody chose.
+TEST_F(PowerCutTest, KilledAgainAndAgain) {
+    Story story;
+    for (int i = 0; i < 100; ++i) {
+        story = story + launches(9) + launches(8, "com.b/.Main") + REMOVAL;
+    }
+    mProgram.write("story.jsonl", toTrace(story));
+    mProgram.write("rest.jsonl", toTrace(UNTIL_LEARNED + launches(12, "com.b/.Main")));
+    std::minstd_rand random(1);
+    const fs::path root = mProgram.path("root");
+    for (int i = 0; i < 200; i += KESTREL_SWEEP_STRIDE) {
+        SCOPED_TRACE(i);
+        const std::string command = "cd '" + mProgram.path("").string() +
+                                    "' && exec " KESTREL_PROGRAM
+                                    " replay --root root story.jsonl >killed.txt 2>&1";
+        const char* words[] = {"sh", "-c", command.c_str(), nullptr};
+        pid_t child = 0;
+        ASSERT_EQ(
+            posix_spawn(&child, "/bin/sh", nullptr, nullptr, const_cast<char**>(words), environ),
+            0);
+        usleep(5000 + random() % 200000);
+        kill(child, SIGKILL);
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status)) << mProgram.read("killed.txt");
+        expectSound(root);
+    }
+    ASSERT_EQ(mProgram.run("replay --no-sync --root root rest.jsonl").status, 0);
+    expectSound(root);
+    expectLearned(root, APP);
+    expectLearned(root, "com.b/.Main");
+}
+
+}  // namespace

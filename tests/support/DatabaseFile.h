@@ -1,0 +1,43 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+// One of the device's databases as another program sees it. Each call opens and closes the file.
+class DatabaseFile {
+ public:
+    explicit DatabaseFile(std::filesystem::path path) : mPath(std::move(path)) {}
+
+    // The rows of a query or the nothing of a change, columns separated by "|".
+    std::vector<std::string> run(const std::string& sql) const {
+        std::vector<std::string> rows;
+        const auto add = [](void* list, int count, char** columns, char**) {
+            std::string row;
+            for (int i = 0; i < count; ++i) {
+                row += (i > 0 ? "|" : "");
+                row += columns[i] != nullptr ? columns[i] : "NULL";
+            }
+            static_cast<std::vector<std::string>*>(list)->push_back(row);
+            return 0;
+        };
+        sqlite3* db = nullptr;
+        EXPECT_EQ(sqlite3_open_v2(mPath.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK)
+            << mPath;
+        sqlite3_exec(db, "PRAGMA synchronous=OFF", nullptr, nullptr, nullptr);
+        EXPECT_EQ(sqlite3_exec(db, sql.c_str(), add, &rows, nullptr), SQLITE_OK)
+            << mPath << ": " << sqlite3_errmsg(db);
+        sqlite3_close(db);
+        return rows;
+    }
+
+    std::vector<std::string> dump(const std::string& table) const {
+        return run("SELECT rowid, intcol1, appName, hex(blob) FROM " + table + " ORDER BY rowid");
+    }
+
+ private:
+    std::filesystem::path mPath;
+};
