@@ -1,7 +1,6 @@
 // Memory that cannot be had: what is missing then, and what is said of it.
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <memory>
 
@@ -118,90 +117,6 @@ TEST(AllocationTest, RowsRunOutInTheMiddle) {
     EXPECT_EQ(rows.size(), 1U);
     EXPECT_EQ(host.takeLog(), Lines{noMemory(0)});
     db.freeRow(rows);
-}
-
-// Fails every throwing allocation of each operation on one app, one after the other: nothing gets
-// out, nothing of another app is touched, and no transaction stays open.
-TEST(AllocationTest, NoFailedAllocationReachesAnotherApp) {
-    TestHost host(setupWithoutKnobs());
-    KestrelStartsFeature feature(FeatureInfo{.featureName = "F"});
-    feature.mKapStatus = 1;
-    KestrelStartsAction* action = KestrelStartsAction::getInstance(&feature);
-    LMDatabase<KSInputDbData>& launches = *feature.mFeatureInputDb;
-    LMDatabase<KSPerfdOutput>& records = *action->mOutputDb;
-    const std::string one = "com.example.one.with.a.long.name/.MainActivity";
-    const std::string other = "com.example.other.with.a.long.name/.MainActivity";
-
-    const auto clear = [&] {
-        LMDBDataRowKey all;
-        auto storedLaunches = launches.readAllocateDR<KSInputDbData>(all);
-        launches.deleteDeallocateDR<KSInputDbData>(storedLaunches);
-        auto storedRecords = records.readAllocateDR<KSPerfdOutput>(all);
-        records.deleteDeallocateDR<KSPerfdOutput>(storedRecords);
-    };
-    const auto store = [&](const std::string& app) {
-        auto rows = launches.getRow(5);
-        for (auto* row : rows) {
-            row->appName = app;
-            row->intcol1 = 4225;
-            row->blob.launchDuration = 900;
-        }
-        launches.writeDeallocateDR<KSInputDbData>(rows);
-        auto record = records.getRow(1);
-        record.front()->appName = app;
-        record.front()->intcol1 = 4225;
-        record.front()->blob.launchDuration = 7;
-        records.writeDeallocateDR<KSPerfdOutput>(record);
-        feature.mFeatureState.writeState(app, APP_STATE_LEARNING);
-    };
-    using Run = void (*)(KestrelStartsFeature&, KestrelStartsAction*, const AsyncTriggerPayload&,
-                         std::string& app);
-    const struct {
-        const char* name;
-        bool mayThrow;
-        Run run;
-    } operations[] = {
-        {"decision", false,
-         [](auto& f, auto* a, const auto& launch, auto&) { f.checkWriteOutputDB(a, launch); }},
-        {"relearning", false,
-         [](auto& f, auto* a, const auto& launch, auto&) { f.checkRelearningTrigger(a, launch); }},
-        {"removal", false,
-         [](auto& f, auto* a, const auto&, auto& app) { f.removeFromDatabase(a, app); }},
-        {"query", true,
-         [](auto& f, auto*, const auto&, auto& app) {
-             featureData data;
-             f.getData(app, data, 3);
-         }},
-    };
-    const AsyncTriggerPayload launch = launchOf(one);
-    std::string app = one;
-    for (const auto& operation : operations) {
-        bool failed = true;
-        for (int n = 1; failed; ++n) {
-            SCOPED_TRACE(testing::Message() << operation.name << ' ' << n);
-            clear();
-            feature.mFeatureState.deleteRow(one);
-            store(one);
-            store(other);
-            host.takeLog();
-            {
-                const FailingAllocator fail(n, FailingAllocator::Kind::throws);
-                try {
-                    operation.run(feature, action, launch, app);
-                } catch (const std::bad_alloc&) {
-                    EXPECT_TRUE(operation.mayThrow);
-                }
-                failed = FailingAllocator::hasFailed();
-            }
-            LMDBDataRowKey key{4225, other, ""};
-            EXPECT_EQ(launches.getCountDR<KSInputDbData>(key), 5);
-            EXPECT_EQ(records.getCountDR<KSPerfdOutput>(key), 1);
-            EXPECT_EQ(feature.mFeatureState.readState(other), APP_STATE_LEARNING);
-            EXPECT_EQ(sqlite3_get_autocommit(launches.dbHandle), 1);
-            EXPECT_EQ(sqlite3_get_autocommit(records.dbHandle), 1);
-            ASSERT_LT(n, 1000);
-        }
-    }
 }
 
 TEST(AllocationTest, AnIncompleteBatchOfLaunchesIsNotStored) {

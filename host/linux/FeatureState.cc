@@ -10,7 +10,8 @@ LMDB_INSTANTIATE(AppState);
 
 namespace {
 
-// The app's rows. An app without a name has none: as a key, it would select those of all others.
+// The app's rows, of which the last is the newest. An app without a name has none: as a key, it
+// would select those of all others.
 LMDBDataTable<AppState>::vecT readRows(LMDatabase<AppState>& db, std::string const& app) {
     if (app.empty()) {
         return {};
@@ -53,7 +54,7 @@ AppState FeatureState::readState(std::string const& app) {
         return APP_STATE_LEARNING;
     }
     const LMDBRows<AppState> found(*mDb, readRows(*mDb, app));
-    return found.rows.empty() ? APP_STATE_LEARNING : found.rows.front()->blob;
+    return found.rows.empty() ? APP_STATE_LEARNING : found.rows.back()->blob;
 }
 
 void FeatureState::writeState(std::string const& app, AppState state) {
@@ -68,9 +69,9 @@ void FeatureState::writeState(std::string const& app, AppState state) {
     if (found.rows.empty()) {
         return;
     }
-    // An app has one row. Others, which a write after a failed read leaves, go.
-    LMDBRows<AppState> surplus(*mDb, {found.rows.begin() + 1, found.rows.end()});
-    found.rows.resize(1);
+    // The last row is the app's. Others, which a write after a failed read leaves, go.
+    LMDBRows<AppState> surplus(*mDb, {found.rows.begin(), found.rows.end() - 1});
+    found.rows.erase(found.rows.begin(), found.rows.end() - 1);
     found.rows.front()->appName = app;
     found.rows.front()->blob = state;
     mDb->writeDeallocateDR<AppState>(found.rows);

@@ -56,6 +56,14 @@ auto passVfs(sqlite3_vfs* vfs, Args... args) {
     return (real->*Method)(real, args...);
 }
 
+int lockSharedMemory(sqlite3_file* file, int offset, int count, int flags) {
+    const VfsCall call = (flags & SQLITE_SHM_UNLOCK) != 0 ? VfsCall::shmUnlock : VfsCall::shmLock;
+    if (const auto answer = intercept(file, call)) {
+        return *answer;
+    }
+    return passFile<&sqlite3_io_methods::xShmLock>(file, offset, count, flags);
+}
+
 using IoMethods = sqlite3_io_methods;
 
 // One set of methods for each version that the file forwarded to may have.
@@ -76,7 +84,7 @@ IoMethods makeMethods(int version) {
     m.xDeviceCharacteristics = passFile<&IoMethods::xDeviceCharacteristics>;
     // Without the shared-memory methods, write-ahead logging would quietly turn off.
     m.xShmMap = forwardFile<&IoMethods::xShmMap, VfsCall::shmMap>;
-    m.xShmLock = forwardFile<&IoMethods::xShmLock, VfsCall::shmLock>;
+    m.xShmLock = lockSharedMemory;
     m.xShmBarrier = passFile<&IoMethods::xShmBarrier>;
     m.xShmUnmap = passFile<&IoMethods::xShmUnmap>;
     m.xFetch = passFile<&IoMethods::xFetch>;
@@ -121,6 +129,13 @@ int accessFile(sqlite3_vfs* vfs, const char* name, int flags, int* result) {
     return passVfs<&sqlite3_vfs::xAccess>(vfs, name, flags, result);
 }
 
+int sleepFor(sqlite3_vfs* vfs, int microseconds) {
+    if (const auto answer = self(vfs).intercept(VfsCall::sleep, nullptr)) {
+        return *answer;
+    }
+    return passVfs<&sqlite3_vfs::xSleep>(vfs, microseconds);
+}
+
 int fullPathname(sqlite3_vfs* vfs, const char* name, int size, char* out) {
     std::array<char, PATH_SIZE> path;
     if (!self(vfs).mapPath(name, path.size(), path.data())) {
@@ -149,7 +164,7 @@ ForwardingVfs::ForwardingVfs(std::string name)
     };
     mVfs.xDlClose = passVfs<&sqlite3_vfs::xDlClose>;
     mVfs.xRandomness = passVfs<&sqlite3_vfs::xRandomness>;
-    mVfs.xSleep = passVfs<&sqlite3_vfs::xSleep>;
+    mVfs.xSleep = sleepFor;
     mVfs.xCurrentTime = passVfs<&sqlite3_vfs::xCurrentTime>;
     mVfs.xGetLastError = passVfs<&sqlite3_vfs::xGetLastError>;
     mVfs.xCurrentTimeInt64 = passVfs<&sqlite3_vfs::xCurrentTimeInt64>;

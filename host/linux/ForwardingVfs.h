@@ -22,6 +22,8 @@ enum class VfsCall {
     unlock,
     shmMap,
     shmLock,
+    shmUnlock,
+    sleep,
 };
 
 // A file system for SQLite that passes every call on to the one that was the default before it.
