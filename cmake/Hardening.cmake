@@ -5,6 +5,9 @@ set(KESTREL_MAX_PAGE_SIZE "" CACHE STRING
 if(NOT KESTREL_MAX_PAGE_SIZE AND CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")
     set(KESTREL_MAX_PAGE_SIZE 16384)
 endif()
+if(NOT KESTREL_MAX_PAGE_SIZE MATCHES "^(4096|16384|65536|)$")
+    message(FATAL_ERROR "KESTREL_MAX_PAGE_SIZE is ${KESTREL_MAX_PAGE_SIZE}: must be 4096, 16384 or 65536.")
+endif()
 
 set(KESTREL_TRAPPED signed-integer-overflow,integer-divide-by-zero,shift,bounds)
 
@@ -14,13 +17,18 @@ target_compile_options(kestrel_hardening INTERFACE
     -ftrivial-auto-var-init=zero
     -fvisibility=hidden -fvisibility-inlines-hidden
     -Wformat -Werror=format-security -Wnon-virtual-dtor -Werror=non-virtual-dtor
+    # Says which functions --icf=safe may fold; not the default for devices.
+    -faddrsig
     # Into a section that is not loaded and that stripping removes.
     -frecord-command-line)
 target_link_options(kestrel_hardening INTERFACE
     -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack
     -Wl,--no-undefined-version -Wl,--build-id=sha1 -Wl,--as-needed)
 if(KESTREL_MAX_PAGE_SIZE)
-    target_link_options(kestrel_hardening INTERFACE -Wl,-z,max-page-size=${KESTREL_MAX_PAGE_SIZE})
+    # The second: what becomes read-only ends with a page, else the loader leaves it writable.
+    target_link_options(kestrel_hardening INTERFACE
+        -Wl,-z,max-page-size=${KESTREL_MAX_PAGE_SIZE}
+        -Wl,-z,common-page-size=${KESTREL_MAX_PAGE_SIZE})
 endif()
 if(KESTREL_SANITIZE)
     # The sanitizers' runtime comes with the program, so that libraries cannot be complete; its

@@ -16,7 +16,7 @@ set(CMAKE_CXX_COMPILER_TARGET aarch64-linux-gnu)
 # version than the library that is linked. The compiler then has no use for -stdlib.
 string(CONCAT CMAKE_CXX_FLAGS_INIT
     "-stdlib=libc++ -Wno-unused-command-line-argument "
-    "-stdlib++-isystem ${CMAKE_SYSROOT}/usr/lib/llvm-19/include/c++/v1")
+    "-stdlib++-isystem \"${CMAKE_SYSROOT}/usr/lib/llvm-19/include/c++/v1\"")
 set(CMAKE_EXE_LINKER_FLAGS_INIT -fuse-ld=lld)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -fuse-ld=lld)
 

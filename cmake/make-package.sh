@@ -8,8 +8,11 @@ build=$1 machine=$2 archives=$3 version=$4
 shift 4
 emulator=("$@")
 name=kestrelstarts-$version-$machine
+mkdir -p "$archives"
+archive=$PWD/$archives/$name.tar.gz
+rm -f "$archive"
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+trap 'rm -rf "$work" "$archive.new"' EXIT
 stage=$work/$name
 
 # Whose code is in the program or beside it.
@@ -69,20 +72,34 @@ find "$stage" -type f -printf '%P\n' | LC_ALL=C sort >"$work/files.txt"
     done <"$work/files.txt"
 } >"$stage/MANIFEST.txt"
 
-if grep -rlF "$PWD" "$stage"; then
+if grep -rlF -e "$PWD/build/" -e "$PWD/feature/" "$stage"; then
     echo "these files tell where they were built" >&2
     exit 1
 fi
-mkdir -p "$archives"
-archive=$PWD/$archives/$name.tar.gz
 tar -C "$work" --sort=name --owner=0 --group=0 --numeric-owner \
     --mtime="@$(git log -1 --format=%ct)" -c "$name" | gzip -9n >"$archive.new"
 
 mkdir "$work/unpacked"
 tar -C "$work/unpacked" -xzf "$archive.new"
-(cd "$work/unpacked/$name/include/kestrelstarts" && find . -name '*.h' -printf '#include <%P>\n') |
-    "${compiler[@]}" -fsyntax-only -I "$work/unpacked/$name/include/kestrelstarts" -x c++ -
+include=$work/unpacked/$name/include
+(cd "$include/kestrelstarts" && find . -name '*.h' -printf '#include <%P>\n') |
+    "${compiler[@]}" -fsyntax-only -I "$include/kestrelstarts" -I "$include/kestrelstarts-linux" \
+        -x c++ -
 program=$work/unpacked/$name/bin/kestrelhost
+# Every library but those of the C library comes from the archive.
+trace=(env LD_TRACE_LOADED_OBJECTS=1)
+[ ${#emulator[@]} -eq 0 ] || trace=("${emulator[@]}" -E LD_TRACE_LOADED_OBJECTS=1)
+"${trace[@]}" "$program" >"$work/libraries.txt"
+grep -q liblmhost.so "$work/libraries.txt"
+while read -r library _ found _; do
+    case $library in
+        libc.so.* | libm.so.* | libgcc_s.so.* | *ld-linux* | linux-vdso*) continue ;;
+    esac
+    if [ ! "$found" -ef "$work/unpacked/$name/lib/$library" ]; then
+        echo "$library comes from $found" >&2
+        exit 1
+    fi
+done <"$work/libraries.txt"
 for trace in traces/*.jsonl; do
     "${emulator[@]}" "$build/bin/kestrelhost" replay --json "$trace" >"$work/expected.jsonl"
     env -i "${emulator[@]}" "$program" replay --json "$trace" >"$work/records.jsonl"

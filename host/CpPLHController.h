@@ -7,7 +7,8 @@
 #include "host/LmApi.h"
 
 // The host's controller of the hardware profile.
-// Ownership: the feature's; copies what it is given.
+// Ownership: the feature's, which allocates it: a device's controller must be declared here with
+//            its real members. Copies what it is given.
 // Threads:   used from one thread at a time.
 class LM_API CpPLHController {
  public:

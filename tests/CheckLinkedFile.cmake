@@ -1,6 +1,7 @@
 # Reads a linked file and tells every property of the build that it lacks.
 #   FILE           the file
 #   READELF, NM    the tools
+#   BUILD, NINJA   the build folder, and the tool that tells how the file was linked
 #   PAGE_SIZE      bytes that its segments must be aligned for; empty, but not on AArch64: the
 #                  machine's own
 #   TRAPPED        the undefined operations that trap; empty under the sanitizers
@@ -34,7 +35,7 @@ read_with(recorded ${READELF} --string-dump=.GCC.command.line)
 string(REGEX MATCHALL "[^\n]*clang [^\n]*" commands "${recorded}")
 require("the command lines of its sources" commands)
 set(flags
-    -fstack-protector-strong -ftrivial-auto-var-init=zero -fvisibility=hidden
+    -faddrsig -fstack-protector-strong -ftrivial-auto-var-init=zero -fvisibility=hidden
     -fvisibility-inlines-hidden -Werror=format-security -Werror=non-virtual-dtor)
 if(TRAPPED)
     list(APPEND flags -fsanitize=${TRAPPED} -fsanitize-trap=${TRAPPED})
@@ -50,11 +51,36 @@ foreach(command IN LISTS commands)
     endforeach()
 endforeach()
 
-# ---- How it was linked.
+# ---- How it was linked. The linker's defaults, which may change, are asked for too.
+cmake_path(RELATIVE_PATH FILE BASE_DIRECTORY ${BUILD} OUTPUT_VARIABLE target)
+execute_process(COMMAND ${NINJA} -C ${BUILD} -t commands -s ${target}
+    OUTPUT_VARIABLE link COMMAND_ERROR_IS_FATAL ANY)
+set(flags relro now noexecstack)
+if(PAGE_SIZE)
+    list(APPEND flags max-page-size=${PAGE_SIZE} common-page-size=${PAGE_SIZE})
+endif()
+if(TRAPPED AND FILE MATCHES "[.]so$")
+    list(APPEND flags defs)
+endif()
+list(TRANSFORM flags PREPEND "-Wl,-z,")
+list(APPEND flags -Wl,--no-undefined-version -Wl,--build-id=sha1)
+if(TRAPPED)
+    list(APPEND flags -Wl,--icf=safe)
+endif()
+foreach(flag IN LISTS flags)
+    string(FIND "${link}" " ${flag} " found)
+    require("${flag}" found GREATER -1)
+endforeach()
 read_with(headers ${READELF} --wide --file-header --program-headers --notes)
 require("code that can be loaded anywhere" headers MATCHES "Type: +DYN")
 require("a stack that is not executable" headers MATCHES "GNU_STACK [^\n]* RW +0x")
-require("relocations that become read-only" headers MATCHES "GNU_RELRO ")
+string(REGEX MATCH "GNU_RELRO +0x[0-9a-f]+ (0x[0-9a-f]+) 0x[0-9a-f]+ 0x[0-9a-f]+ (0x[0-9a-f]+)"
+    relro "${headers}")
+require("relocations that become read-only" relro)
+if(relro AND PAGE_SIZE)
+    math(EXPR beyond "(${CMAKE_MATCH_1} + ${CMAKE_MATCH_2}) % ${PAGE_SIZE}")
+    require("relocations that become read-only to the end of a page" beyond EQUAL 0)
+endif()
 require("a build id of 20 bytes" headers MATCHES "Build ID: [0-9a-f]+\n")
 string(REGEX MATCH "Build ID: ([0-9a-f]+)" ignored "${headers}")
 string(LENGTH "${CMAKE_MATCH_1}" digits)
@@ -101,7 +127,8 @@ if(FOLDED AND OPTIMISED)
     set(addresses "")
     string(REPLACE "," ";" symbols_to_fold "${FOLDED}")
     foreach(symbol IN LISTS symbols_to_fold)
-        string(REGEX MATCH "([0-9a-f]+) [tT] ${symbol}\n" ignored "${symbols}")
+        string(REGEX MATCH "([0-9a-f]+) [tT] ${symbol}\n" found "${symbols}")
+        require("the function ${symbol}" found)
         list(APPEND addresses "${CMAKE_MATCH_1}")
     endforeach()
     list(REMOVE_DUPLICATES addresses)

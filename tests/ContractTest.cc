@@ -189,7 +189,8 @@ TEST_F(ContractTest, VersionsAreComparedWithTheirSigns) {
 // The type's highest byte decides, which as a signed character would be negative.
 TEST_F(ContractTest, ARemovalKeepsTheDataWhenTheHighestByteOfItsTypeIsSet) {
     start();
-    const std::string app = "com.\xc3\xa9t\xc3\xa9.\xff";  // no character is a number below 0 here
+    const std::string app =
+        "com.\xc3\xa9t\xc3\xa9.\xff";  // bytes that are negative where char is signed
     launchAndLeave(app);
     ASSERT_EQ(blobs("KestrelStarts.db", "KestrelStarts").size(), 1U);
     for (const int32_t kept : {0x01000000, INT32_MIN, -1}) {
@@ -228,6 +229,10 @@ TEST_F(ContractTest, AFeedbackMessageIsAnsweredInItsDurationOnly) {
     const auto feedback = reinterpret_cast<int (*)(mpctl_msg_t*)>(
         dlsym(mPlugin, "_ZN19KestrelStartsAction10FeedbackCBEP11mpctl_msg_t"));
     ASSERT_NE(feedback, nullptr);
+    start();
+    for (int i = 1; i <= 6; ++i) {
+        launchAndLeave("com.a");
+    }
     constexpr std::size_t SIZE = 1440;
     alignas(8) std::array<char, SIZE + 64> message;
     message.fill('\x5A');
@@ -236,26 +241,25 @@ TEST_F(ContractTest, AFeedbackMessageIsAnsweredInItsDurationOnly) {
     std::memcpy(&message[1200], "com.a", 6);
     auto answered = message;
     EXPECT_EQ(feedback(reinterpret_cast<mpctl_msg_t*>(answered.data())), 0);
-    const int32_t durationMs = 15000;
+    const int32_t durationMs = 750;
     std::memcpy(&message[12], &durationMs, sizeof(durationMs));
     EXPECT_EQ(answered, message);
 }
 
+// How many files of that name the process has open.
+std::ptrdiff_t openFiles(const std::string& name) {
+    std::ptrdiff_t count = 0;
+    for (const auto& file : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;
+        count += std::filesystem::read_symlink(file, gone).filename() == name ? 1 : 0;
+    }
+    return count;
+}
+
 TEST_F(ContractTest, TheFeatureIsDrivenBySlots) {
-    const auto openFiles = [] {
-        std::size_t count = 0;
-        for (const auto& file : std::filesystem::directory_iterator("/proc/self/fd")) {
-            std::error_code gone;
-            count +=
-                std::filesystem::read_symlink(file, gone).string().find(".db") != std::string::npos
-                    ? 1
-                    : 0;
-        }
-        return count;
-    };
-    const std::size_t openBefore = openFiles();
     start();
-    EXPECT_GT(openFiles(), openBefore);
+    EXPECT_GT(openFiles("KestrelStarts.db"), 0);
+    EXPECT_GT(openFiles("KestrelStartsState.db"), 0);
     const std::atomic<bool> stop{false};
     callSlot<void>(mFeature, 3, &stop);
     callSlot<void>(mFeature, 4, &stop);
@@ -275,8 +279,23 @@ TEST_F(ContractTest, TheFeatureIsDrivenBySlots) {
     EXPECT_EQ(app, "com.a");
     // The first slot ends the object and leaves its memory.
     callSlot<void>(mFeature, 0);
-    EXPECT_EQ(mFeature->mMetaMeter, nullptr);
+    EXPECT_EQ(openFiles("KestrelStarts.db"), 0);
+    EXPECT_EQ(openFiles("KestrelStartsState.db"), 0);
     ::operator delete(std::exchange(mFeature, nullptr));
+}
+
+// What the plug-in overrides and what it leaves to the host, told by the tables themselves.
+TEST_F(ContractTest, TheFeatureOverridesItsSlotsAndNoOthers) {
+    start();
+    Feature base(FeatureInfo{.featureName = "Base"});
+    void* const* own = *reinterpret_cast<void***>(mFeature);
+    void* const* hosts = *reinterpret_cast<void***>(&base);
+    for (const std::size_t slot : {0U, 1U, 2U, 3U, 6U}) {
+        EXPECT_NE(own[slot], hosts[slot]) << slot;
+    }
+    for (const std::size_t slot : {4U, 5U, 7U, 8U, 9U}) {
+        EXPECT_EQ(own[slot], hosts[slot]) << slot;
+    }
 }
 
 TEST_F(ContractTest, TheMetaMeterIsDrivenBySlots) {

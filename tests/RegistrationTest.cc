@@ -64,7 +64,9 @@ struct Holdings {
 };
 
 TEST(RegistrationTest, LoadedAndClosedAgainAndAgainItLeaksNothingAndStaysValid) {
-    TestHost host(HostSetup{.knobs = std::nullopt});
+    TestHost host;
+    void* knobs = dlopen(KESTREL_KNOB_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(knobs, nullptr) << dlerror();
     // On a thread of its own, with which the heap's cache of freed memory ends, as it counts as
     // used.
     const auto loadUseAndClose = [&host] {
@@ -89,6 +91,9 @@ TEST(RegistrationTest, LoadedAndClosedAgainAndAgainItLeaksNothingAndStaysValid) 
     EXPECT_EQ(after.ranges, before.ranges);
     // Not a byte more a round than the smallest allocation.
     EXPECT_LT(after.heapBytes, before.heapBytes + ROUNDS * 16);
+    // Nobody else holds the knob library.
+    dlclose(knobs);
+    EXPECT_EQ(dlopen(KESTREL_KNOB_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
 }
 
 TEST(RegistrationTest, TheFactorysFeatureIsDrivenThroughItsBase) {
