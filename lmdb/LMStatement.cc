@@ -2,12 +2,36 @@
 
 #include <sqlite3.h>
 
+#include <array>
+#include <cstdio>
 #include <new>
 #include <utility>
 
 #include "lmdb/LMLog.h"
 
 namespace lmstore {
+
+namespace {
+
+// SQLite's message of the connection's latest failure. The text belongs to the connection, so
+// another thread's call may replace it while it is read: it is copied under the connection's own
+// mutex. It may then still be that of the other call.
+class ErrorMessage {
+ public:
+    explicit ErrorMessage(sqlite3* db) {
+        sqlite3_mutex* mutex = sqlite3_db_mutex(db);
+        sqlite3_mutex_enter(mutex);
+        std::snprintf(mText.data(), mText.size(), "%s", sqlite3_errmsg(db));
+        sqlite3_mutex_leave(mutex);
+    }
+
+    const char* text() const { return mText.data(); }
+
+ private:
+    std::array<char, 4096> mText;  // no log line of a device is longer
+};
+
+}  // namespace
 
 static_assert(Statement::ROW == SQLITE_ROW && Statement::DONE == SQLITE_DONE);
 
@@ -126,7 +150,8 @@ bool Transaction::exec(const char* sql, int line) {
 }
 
 void logSqlMessage(const char* function, int line, const std::string& table, sqlite3* db) {
-    LM_LOG_SQL(function, line, "sql:ERROR:Dbt=%s info=%s\n", table.c_str(), sqlite3_errmsg(db));
+    LM_LOG_SQL(function, line, "sql:ERROR:Dbt=%s info=%s\n", table.c_str(),
+               ErrorMessage(db).text());
 }
 
 void logSqlCode(const char* function, int line, const std::string& table, int code) {
@@ -134,7 +159,7 @@ void logSqlCode(const char* function, int line, const std::string& table, int co
 }
 
 void logMessage(const char* function, int line, const std::string& table, sqlite3* db) {
-    LM_LOG_SQL(function, line, "ERROR:Dbt=%s info=%s\n", table.c_str(), sqlite3_errmsg(db));
+    LM_LOG_SQL(function, line, "ERROR:Dbt=%s info=%s\n", table.c_str(), ErrorMessage(db).text());
 }
 
 void OperationExceptionLog::operator()(const char* what) const {

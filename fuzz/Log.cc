@@ -1,0 +1,27 @@
+// Any text as an Android log, as a whole and line by line.
+
+#include <string_view>
+
+#include "fuzz/FuzzHost.h"
+#include "tools/AndroidLogImporter.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+    std::string_view text(reinterpret_cast<const char*>(data), size);
+    std::vector<TraceObject> events;
+    AndroidLogImporter::importFile(text, {}, events);
+    int64_t latest = 0;
+    AndroidLogImporter live({});
+    events.clear();
+    for (std::size_t number = 1; !text.empty(); ++number) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        live.importLine(text.substr(0, end), number, events);
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    for (const TraceObject& event : events) {
+        if (event.t < latest) {
+            __builtin_trap();  // time never goes back
+        }
+        latest = event.t;
+    }
+    return 0;
+}

@@ -1,0 +1,31 @@
+// Any text as an event trace: it is read or refused by its line.
+
+#include <string_view>
+
+#include "fuzz/FuzzHost.h"
+#include "tools/EventTrace.h"
+#include "tools/InputError.h"
+
+// What is written can be read.
+static void expectReadable(const std::string& line) noexcept {
+    if (!EventTraceReader("again.jsonl").readLine(line, 1)) {
+        __builtin_trap();
+    }
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+    std::string_view text(reinterpret_cast<const char*>(data), size);
+    EventTraceReader reader("fuzz.jsonl");
+    try {
+        for (std::size_t number = 1; !text.empty(); ++number) {
+            const std::size_t end = std::min(text.find('\n'), text.size());
+            const auto object = reader.readLine(text.substr(0, end), number);
+            if (object && std::holds_alternative<HintEvent>(object->what)) {
+                expectReadable(toTraceLine(*object));
+            }
+            text.remove_prefix(std::min(end + 1, text.size()));
+        }
+    } catch (const InputError&) {
+    }
+    return 0;
+}

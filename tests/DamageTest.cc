@@ -1,0 +1,199 @@
+// Damaged, foreign and missing files, and names that nobody expects: the host and its plug-in
+// start, say what is wrong, and go on as far as they can.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+
+#include "tests/support/DatabaseFile.h"
+#include "tests/support/ProgramRun.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string LAUNCHES = [] {
+    std::string lines;
+    for (int i = 0; i < 7; ++i) {
+        const std::string t = R"({"t":)" + std::to_string(1000 * i);
+        lines += t + R"(,"hintId":4225,"hintType":1,"appName":"com.a/.Main"})" + "\n" + t +
+                 R"(,"hintId":4103,"appName":"com.a"})" + "\n" + t +
+                 R"(,"hintId":4097,"appName":"com.home"})" + "\n" + t +
+                 R"(,"query":3,"appName":"com.a/.Main"})" + "\n" + t +
+                 R"(,"hintId":4164,"appName":"com.b"})" + "\n";
+    }
+    return lines;
+}();
+
+class DamageTest : public testing::Test {
+ protected:
+    DamageTest() {
+        mProgram.write("launches.jsonl", LAUNCHES);
+        EXPECT_EQ(mProgram.run("replay --root good launches.jsonl").status, 0);
+    }
+
+    static fs::path below(const fs::path& root) { return root / "data/vendor/lm"; }
+
+    // A root that has been learned on, for a case of its own.
+    fs::path fresh() {
+        const fs::path root = mProgram.path("root");
+        fs::remove_all(root);
+        fs::copy(mProgram.path("good"), root, fs::copy_options::recursive);
+        return root;
+    }
+
+    // Plays on, and gives what was logged. A crash is not an exit status, nor a sanitizer's.
+    std::string play() {
+        const auto result = mProgram.run("replay --json --no-sync --root root launches.jsonl");
+        EXPECT_EQ(result.status, 0) << result.err;
+        return result.out;
+    }
+
+    static std::string read(const fs::path& file) {
+        std::ifstream content(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(content), {}};
+    }
+
+    static void write(const fs::path& file, const std::string& content) {
+        std::ofstream(file, std::ios::binary) << content;
+    }
+
+    ProgramRun mProgram;
+};
+
+constexpr const char* FILES[] = {"KestrelStarts.db", "KestrelStartsAction.db",
+                                 "KestrelStartsState.db"};
+
+TEST_F(DamageTest, EveryPageFlippedAndEveryFileCut) {
+    for (const char* name : FILES) {
+        const std::string whole = read(below(mProgram.path("good")) / name);
+        ASSERT_GT(whole.size(), 0U);
+        for (std::size_t at = 0; at < whole.size(); at += 512U * KESTREL_SWEEP_STRIDE) {
+            SCOPED_TRACE(std::string(name) + " at " + std::to_string(at));
+            const fs::path file = below(fresh()) / name;
+            std::string flipped = whole;
+            for (std::size_t i = at; i < std::min(at + 512, whole.size()); i += 3) {
+                flipped[i] = static_cast<char>(~flipped[i]);
+            }
+            write(file, flipped);
+            play();
+            fresh();
+            write(file, whole.substr(0, at));
+            play();
+        }
+    }
+}
+
+TEST_F(DamageTest, WhatStandsInADatabasesPlaceIsTold) {
+    const struct {
+        const char* name;
+        std::function<void(const fs::path& file)> put;
+        const char* told;  // empty: the file is taken as an empty database
+    } cases[] = {
+        {"garbage", [](const fs::path& f) { write(f, std::string(5000, '\xA5')); }, "ERROR"},
+        {"text", [](const fs::path& f) { write(f, "this is no database\n"); }, "ERROR"},
+        {"empty", [](const fs::path& f) { write(f, ""); }, ""},
+        {"directory", [](const fs::path& f) { fs::create_directory(f); },
+         "sql open failed, err=14"},
+        {"dangling link", [](const fs::path& f) { fs::create_symlink("/nowhere/x", f); },
+         "sql open failed, err=14"},
+        {"other columns",
+         [](const fs::path& f) {
+             write(f, "");
+             for (const char* table : {"KestrelStarts", "output_table", "app_state"}) {
+                 DatabaseFile(f).run("CREATE TABLE " + std::string(table) + "(a, b)");
+             }
+         },
+         "no column named intcol1"},
+        {"a view",
+         [](const fs::path& f) {
+             write(f, "");
+             for (const char* table : {"KestrelStarts", "output_table", "app_state"}) {
+                 DatabaseFile(f).run("CREATE VIEW " + std::string(table) +
+                                     " AS SELECT 1 AS intcol1, 'com.a/.Main' AS appName,"
+                                     " NULL AS rsvdName, x'00' AS blob");
+             }
+         },
+         "ERROR"},
+    };
+    for (const char* name : FILES) {
+        for (const auto& c : cases) {
+            SCOPED_TRACE(std::string(name) + ": " + c.name);
+            const fs::path file = below(fresh()) / name;
+            for (const char* suffix : {"", "-wal", "-shm"}) {
+                fs::remove(file.string() + suffix);
+            }
+            c.put(file);
+            EXPECT_NE(play().find(c.told), std::string::npos);
+        }
+    }
+}
+
+TEST_F(DamageTest, StrangeRowsAreReadAsFarAsTheyGo) {
+    const char* rows[] = {
+        "(NULL, 'com.a/.Main', NULL, NULL)",
+        "(4225, 'com.a/.Main', 7, x'')",
+        "(4225, 'com.a/.Main', NULL, x'01')",
+        "(4225, 'com.a/.Main', NULL, zeroblob(100000))",
+        "(4225, 'com.a/.Main', NULL, x'FFFFFF7F' || zeroblob(532))",
+        "(4225, 'com.a/.Main', NULL, replace(hex(zeroblob(268)), '00', x'FF'))",
+        "(4225, 17, 2.5, 'text')",
+        "('text', 'com.a/.Main', NULL, 99)",
+    };
+    for (const auto& [name, table] : std::initializer_list<std::pair<const char*, const char*>>{
+             {FILES[0], "KestrelStarts"}, {FILES[1], "output_table"}, {FILES[2], "app_state"}}) {
+        for (const char* row : rows) {
+            SCOPED_TRACE(std::string(name) + ": " + row);
+            const DatabaseFile database(below(fresh()) / name);
+            for (int i = 0; i < 6; ++i) {
+                database.run("INSERT INTO " + std::string(table) + " VALUES" + row);
+            }
+            database.run("INSERT INTO " + std::string(table) +
+                         "(rowid, intcol1, appName, blob) VALUES (9223372036854775807, 4225,"
+                         " 'com.a/.Main', zeroblob(4))");
+            play();
+        }
+        // More than a read returns.
+        const DatabaseFile database(below(fresh()) / name);
+        database.run(
+            "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n WHERE i < 10001)"
+            " INSERT INTO " +
+            std::string(table) + " SELECT 4225, 'com.a/.Main', NULL, zeroblob(536) FROM n");
+        play();
+    }
+}
+
+TEST_F(DamageTest, AnyNameIsOnlyAName) {
+    const std::string names[] = {
+        "x'); DROP TABLE output_table; --",
+        "\\u0000hidden",
+        "a\\u0000b",
+        "\\u0001\\u001b[2J\\n\\t",
+        "%s%n%d",
+        "/",
+        "//",
+        std::string(100000, 'n'),
+        "..//../etc/passwd",
+        "\\ud83d\\ude00",
+    };
+    std::string lines;
+    for (const std::string& name : names) {
+        for (const auto& [id, type] : std::initializer_list<std::pair<int, int>>{
+                 {4225, 1}, {4225, 1}, {4103, 0}, {4097, 0}, {4225, 103}, {4164, 0}}) {
+            lines += R"({"t":1,"hintId":)" + std::to_string(id) + R"(,"hintType":)" +
+                     std::to_string(type) + R"(,"hintArg":-2147483648,"launchType":2147483647,)" +
+                     R"("launchArg":-2147483648,"appName":")" + name + "\"}\n";
+        }
+        lines += R"({"t":1,"feedback":{"hintId":4225,"hintType":8,"appName":")" + name + "\"}}\n";
+    }
+    fresh();
+    mProgram.write("names.jsonl", lines);
+    const auto result = mProgram.run("replay --no-sync --root root names.jsonl");
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(DatabaseFile(below(mProgram.path("root")) / FILES[1])
+                  .run("SELECT COUNT(*) FROM output_table WHERE appName = 'com.a/.Main'"),
+              std::vector<std::string>{"1"});
+}
+
+}  // namespace
