@@ -66,7 +66,8 @@ constexpr const char* FILES[] = {"KestrelStarts.db", "KestrelStartsAction.db",
                                  "KestrelStartsState.db"};
 
 TEST_F(DamageTest, EveryPageFlippedAndEveryFileCut) {
-    for (const char* name : FILES) {
+    // The singleton's database is never closed, so that its log stays.
+    for (const char* name : {FILES[0], FILES[1], FILES[2], "KestrelStartsAction.db-wal"}) {
         const std::string whole = read(below(mProgram.path("good")) / name);
         ASSERT_GT(whole.size(), 0U);
         for (std::size_t at = 0; at < whole.size(); at += 512U * KESTREL_SWEEP_STRIDE) {

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <map>
 #include <regex>
 #include <set>
 
@@ -240,7 +241,7 @@ TEST_P(FaultSweepTest, LosesWhatItTellsAndGoesOn) {
     // A failed read counts as no record, and a launch that is counted then begins a new one.
     whole.insert("output_table|4225|com.counted|" + std::string(1056, '0') + "0100000000000000");
     const Lines wantedLines = mHost.takeLog();
-    int points = 0;
+    std::map<Fault::Source, int> points;
     for (const Fault& fault : FAULTS) {
         for (const bool lasting : {false, true}) {
             bool hit = true;
@@ -250,7 +251,7 @@ TEST_P(FaultSweepTest, LosesWhatItTellsAndGoesOn) {
                 prepare();
                 hit = runWith(fault, n, lasting);
                 EXPECT_TRUE(GetParam().mayThrow || !mThrew);
-                points += hit ? 1 : 0;
+                points[fault.source] += hit ? 1 : 0;
                 const Lines lines = mHost.takeLog();
                 const bool withoutMemory = lasting && fault.source == Fault::Source::sqliteMemory;
                 expectAtRest(*mFeature.mFeatureInputDb, withoutMemory);
@@ -271,7 +272,10 @@ TEST_P(FaultSweepTest, LosesWhatItTellsAndGoesOn) {
             }
         }
     }
-    std::cout << GetParam().name << ": " << points << " points\n";
+    std::cout << "points: " << points[Fault::Source::files] << " of files, "
+              << points[Fault::Source::sqliteMemory] << " of SQLite's memory, "
+              << points[Fault::Source::newReturnsNull] + points[Fault::Source::newThrows]
+              << " of our own\n";
     prepare();
     GetParam().run(*this);
     EXPECT_EQ(contents(), wanted);

@@ -130,6 +130,7 @@ class PowerCutTest : public testing::Test {
         const std::vector<PowerCutVfs::Image> images = std::exchange(vfs.images, {});
         host.stop();
         ASSERT_GT(images.size(), story.size());
+        std::cout << images.size() << " points\n";
         for (std::size_t i = 0; i < images.size() && !HasFailure(); i += KESTREL_SWEEP_STRIDE) {
             SCOPED_TRACE("point " + std::to_string(i) + " in event " +
                          std::to_string(images[i].event));
