@@ -89,6 +89,7 @@ TEST(LayoutTest, EveryFieldHasItsPlace) {
 #define FIELD(Record, field) #Record "." #field, offsetof(Record, field), sizeof(Record::field)
         {FIELD(AsyncTriggerPayload, hintId), 0, 4},
         {FIELD(AsyncTriggerPayload, hintType), 4, 4},
+        // NOLINTNEXTLINE(bugprone-sizeof-container)
         {FIELD(AsyncTriggerPayload, appName), 8, 24},
         {FIELD(AsyncTriggerPayload, hintArg), 32, 4},
         {FIELD(AsyncTriggerPayload, reserved36), 36, 24},
@@ -98,6 +99,7 @@ TEST(LayoutTest, EveryFieldHasItsPlace) {
         {FIELD(AsyncTriggerPayload, featureVersion), 72, 2},
         {FIELD(AsyncTriggerPayload, dataVersion), 74, 2},
         {FIELD(AsyncTriggerPayload, reserved76), 76, 4},
+        // NOLINTNEXTLINE(bugprone-sizeof-container)
         {FIELD(AsyncTriggerPayload, hostData), 80, 24},
         {FIELD(AsyncTriggerPayload, reserved104), 104, 16},
         {"AsyncTriggerPayload", 0, sizeof(AsyncTriggerPayload), 0, 120},

@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <functional>
+#include <sstream>
 
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/ProgramRun.h"
@@ -14,16 +15,16 @@ namespace {
 namespace fs = std::filesystem;
 
 const std::string LAUNCHES = [] {
-    std::string lines;
-    for (int i = 0; i < 7; ++i) {
-        const std::string t = R"({"t":)" + std::to_string(1000 * i);
-        lines += t + R"(,"hintId":4225,"hintType":1,"appName":"com.a/.Main"})" + "\n" + t +
-                 R"(,"hintId":4103,"appName":"com.a"})" + "\n" + t +
-                 R"(,"hintId":4097,"appName":"com.home"})" + "\n" + t +
-                 R"(,"query":3,"appName":"com.a/.Main"})" + "\n" + t +
-                 R"(,"hintId":4164,"appName":"com.b"})" + "\n";
+    std::ostringstream lines;
+    for (int t = 0; t < 7000; t += 1000) {
+        for (const char* event :
+             {R"("hintId":4225,"hintType":1,"appName":"com.a/.Main")",
+              R"("hintId":4103,"appName":"com.a")", R"("hintId":4097,"appName":"com.home")",
+              R"("query":3,"appName":"com.a/.Main")", R"("hintId":4164,"appName":"com.b")"}) {
+            lines << R"({"t":)" << t << ',' << event << "}\n";
+        }
     }
-    return lines;
+    return lines.str();
 }();
 
 class DamageTest : public testing::Test {
@@ -70,7 +71,8 @@ TEST_F(DamageTest, EveryPageFlippedAndEveryFileCut) {
     for (const char* name : {FILES[0], FILES[1], FILES[2], "KestrelStartsAction.db-wal"}) {
         const std::string whole = read(below(mProgram.path("good")) / name);
         ASSERT_GT(whole.size(), 0U);
-        for (std::size_t at = 0; at < whole.size(); at += 512U * KESTREL_SWEEP_STRIDE) {
+        constexpr std::size_t STEP = std::size_t{512} * KESTREL_SWEEP_STRIDE;
+        for (std::size_t at = 0; at < whole.size(); at += STEP) {
             SCOPED_TRACE(std::string(name) + " at " + std::to_string(at));
             const fs::path file = below(fresh()) / name;
             std::string flipped = whole;

@@ -29,7 +29,8 @@ bool gMemoryLasting = false;
 int gMemoryHits = 0;
 
 bool memoryFails() {
-    if (gMemoryCountdown == 0 || gMemoryCountdown-- > 1) {
+    if (gMemoryCountdown != 1) {
+        gMemoryCountdown -= gMemoryCountdown > 0 ? 1 : 0;
         return false;
     }
     gMemoryCountdown = gMemoryLasting ? 1 : 0;
@@ -145,7 +146,7 @@ class FaultSweepTest : public FeatureTest, public testing::WithParamInterface<Op
         for (const auto& [file, table] : TABLES) {
             for (const std::string& row :
                  DatabaseFile(file).run("SELECT intcol1, appName, hex(blob) FROM " + table)) {
-                rows.insert(table + "|" + row);
+                rows.insert(std::string(table).append("|").append(row));
             }
         }
         return rows;
@@ -337,13 +338,14 @@ const Operation OPERATIONS[] = {
      }},
     {"MakeSingleton", true,
      [](auto&) {
-         KestrelStartsAction* kept = std::exchange(KestrelStartsAction::mKSFbInstance, nullptr);
-         try {
-             KestrelStartsAction::getInstance(nullptr);
-         } catch (const std::bad_alloc&) {
-         }
-         delete KestrelStartsAction::mKSFbInstance;
-         KestrelStartsAction::mKSFbInstance = kept;
+         struct Other {
+             ~Other() {
+                 delete KestrelStartsAction::mKSFbInstance;
+                 KestrelStartsAction::mKSFbInstance = kept;
+             }
+             KestrelStartsAction* kept = std::exchange(KestrelStartsAction::mKSFbInstance, nullptr);
+         } other;
+         KestrelStartsAction::getInstance(nullptr);
      }},
 };
 

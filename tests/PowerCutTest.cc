@@ -70,7 +70,7 @@ std::set<std::string> dumpAll(const fs::path& root) {
             continue;
         }
         for (const std::string& row : DatabaseFile(path).dump(table)) {
-            rows.insert(table + "|" + row);
+            rows.insert(std::string(table).append("|").append(row));
         }
     }
     return rows;

@@ -18,6 +18,7 @@ using ThreadTest = FeatureTest;
 void together(const std::vector<std::function<void()>>& bodies) {
     std::latch start(static_cast<std::ptrdiff_t>(bodies.size()));
     std::vector<std::thread> threads;
+    threads.reserve(bodies.size());
     for (const auto& body : bodies) {
         threads.emplace_back([&] {
             start.arrive_and_wait();
@@ -72,6 +73,7 @@ TEST_F(ThreadTest, QueriesAndFeedbackWhileLaunchesAreLearned) {
 TEST_F(ThreadTest, TheFirstInstanceIsTheOnlyOne) {
     std::vector<KestrelStartsAction*> instances(4);
     std::vector<std::function<void()>> bodies;
+    bodies.reserve(instances.size());
     for (KestrelStartsAction*& instance : instances) {
         bodies.emplace_back([&] { instance = KestrelStartsAction::getInstance(nullptr); });
     }

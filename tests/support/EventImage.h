@@ -39,7 +39,7 @@ class EventImage {
         }
         put<uint64_t>(offset, (text.size() + 1) | 1);
         put<uint64_t>(offset + 8, text.size());
-        put<const char*>(offset + 16, text.data());
+        put(offset + 16, reinterpret_cast<uintptr_t>(text.data()));
     }
 
     void* data() { return mBytes.data(); }
