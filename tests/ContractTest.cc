@@ -227,6 +227,29 @@ TEST_F(ContractTest, RecordsAreTheBytesInTheFiles) {
               Lines{"78563412FF000000D2040000EFBEADDE" + foreign + "2A00000000000000"});
 }
 
+// Left by writes that failed, by another program, and by a crash between two states.
+TEST_F(ContractTest, TheNewestStateThatCanBeWrittenCounts) {
+    start();
+    callSlot<void>(std::exchange(mFeature, nullptr), 1);
+    database("KestrelStartsState.db")
+        .run(
+            "INSERT INTO app_state(rowid, appName, blob) VALUES (1, 'com.a', x'01000000'),"
+            " (2, 'com.a', x'04000000'), (9223372036854775807, 'com.a', x'63000000'),"
+            " (3, 'com.short', x'01'), (4, 'com.long', x'0500000000'), (5, 'com.two', "
+            "x'02000000')");
+    start();
+    FeatureState& states = mFeature->mFeatureState;
+    EXPECT_EQ(states.readState("com.a"), APP_STATE_LEARNED);
+    states.writeState("com.a", APP_STATE_DISABLED);
+    EXPECT_EQ(states.readState("com.a"), APP_STATE_DISABLED);
+    EXPECT_EQ(states.readState("com.short"), APP_STATE_LEARNING);
+    EXPECT_EQ(states.readState("com.long"), APP_STATE_LEARNING);
+    EXPECT_EQ(states.readState("com.two"), APP_STATE_EVALUATED);
+    EXPECT_EQ(database("KestrelStartsState.db")
+                  .run("SELECT rowid, hex(blob) FROM app_state WHERE appName = 'com.a'"),
+              (Lines{"2|63000000", "9223372036854775807|63000000"}));
+}
+
 TEST_F(ContractTest, AFeedbackMessageIsAnsweredInItsDurationOnly) {
     const auto feedback = reinterpret_cast<int (*)(mpctl_msg_t*)>(
         dlsym(mPlugin, "_ZN19KestrelStartsAction10FeedbackCBEP11mpctl_msg_t"));

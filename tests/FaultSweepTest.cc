@@ -1,6 +1,6 @@
 // Every operation with every call that can fail failing, one after the other: of the file system,
 // of SQLite's memory, of our own. Nothing crashes or leaks, what is lost is what was told, and the
-// next operation works.
+// next operation works. Each case in a process of its own: the singleton keeps the first root.
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -40,15 +40,14 @@ bool memoryFails() {
 
 // Before SQLite is used. Without the small blocks that it keeps for itself, every request counts.
 const bool gInstalled = [] {
-    sqlite3_config(SQLITE_CONFIG_GETMALLOC, &gMemory);
+    bool installed = sqlite3_config(SQLITE_CONFIG_GETMALLOC, &gMemory) == SQLITE_OK;
     sqlite3_mem_methods failing = gMemory;
     failing.xMalloc = [](int size) { return memoryFails() ? nullptr : gMemory.xMalloc(size); };
     failing.xRealloc = [](void* memory, int size) {
         return memoryFails() ? nullptr : gMemory.xRealloc(memory, size);
     };
-    sqlite3_config(SQLITE_CONFIG_MALLOC, &failing);
-    sqlite3_config(SQLITE_CONFIG_LOOKASIDE, 0, 0);
-    return true;
+    installed = sqlite3_config(SQLITE_CONFIG_MALLOC, &failing) == SQLITE_OK && installed;
+    return sqlite3_config(SQLITE_CONFIG_LOOKASIDE, 0, 0) == SQLITE_OK && installed;
 }();
 
 // ---- what can fail
@@ -88,13 +87,14 @@ class FaultSweepTest;
 
 struct Operation {
     const char* name;
+    bool changes;
     bool mayThrow;
     void (*run)(FaultSweepTest& test);
 
     friend void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
 };
 
-class FaultSweepTest : public FeatureTest, public testing::WithParamInterface<Operation> {
+class FaultTest : public FeatureTest {
  public:
     // Above the one that relocates files, before the first database opens, and never destroyed: the
     // singleton's stays open.
@@ -107,12 +107,16 @@ class FaultSweepTest : public FeatureTest, public testing::WithParamInterface<Op
         static FaultVfs& vfs = *new FaultVfs;
         return vfs;
     }
+};
 
+class FaultSweepTest : public FaultTest, public testing::WithParamInterface<Operation> {
+ public:
     // The same contents for every round.
     void prepare() {
         // What a failed flush has left waiting comes first, and goes.
-        mFeature.mFeatureInputDb->LMDatabaseWriteCachedToDisk();
-        action()->mOutputDb->LMDatabaseWriteCachedToDisk();
+        EXPECT_EQ(mFeature.mFeatureInputDb->LMDatabaseWriteCachedToDisk(), LMDB_SUCCESS);
+        EXPECT_EQ(action()->mOutputDb->LMDatabaseWriteCachedToDisk(), LMDB_SUCCESS);
+        EXPECT_EQ(cachedRows(*mFeature.mFeatureInputDb) + cachedRows(*action()->mOutputDb), 0U);
         mFeature.mFeatureState.writeState("com.counted", APP_STATE_LEARNED);
         for (const auto& [file, table] : TABLES) {
             DatabaseFile(file).run("DELETE FROM " + table);
@@ -131,6 +135,14 @@ class FaultSweepTest : public FeatureTest, public testing::WithParamInterface<Op
         meter.mTriggerPayloads = {launchOf("com.measured")};
         meter.measuredDuration = 500;
         meters = {&meter};
+        LMDBDataRowKey others{4225, "com.other", ""};
+        LMDatabase<KSInputDbData>& db = *mFeature.mFeatureInputDb;
+        db.freeRow(stored);
+        stored = db.readAllocateDR<KSInputDbData>(others);
+        db.freeRow(waiting);
+        waiting = db.getRow(2);
+        waiting.front()->appName = waiting.back()->appName = "com.waiting";
+        toCache = {waiting.begin(), waiting.end()};
         mHost.takeLog();
     }
 
@@ -138,6 +150,9 @@ class FaultSweepTest : public FeatureTest, public testing::WithParamInterface<Op
     AsyncTriggerPayload learning, counted, removal;
     LaunchMeter meter;
     std::vector<Meter*> meters;
+    LMDBDataTable<KSInputDbData>::vecT stored;       // rows to delete
+    LMDBDataTable<KSInputDbData>::vecT waiting;      // rows to cache, and
+    std::list<LMDBDataRow<KSInputDbData>*> toCache;  // their places
     bool mThrew = false;
 
     // All rows, without their identities.
@@ -195,6 +210,27 @@ class FaultSweepTest : public FeatureTest, public testing::WithParamInterface<Op
         EXPECT_EQ(sqlite3_next_stmt(db.dbHandle, nullptr), nullptr);
     }
 
+    // Rows stay cached only when their flush could not be prepared, and then until the next one.
+    template <class T>
+    static void expectCached(LMDatabase<T>& db, const std::string& table, const Lines& lines,
+                             bool noNextOne) {
+        const auto told = [&lines](const std::string& beginning) {
+            return std::ranges::any_of(
+                lines, [&](const std::string& line) { return line.starts_with(beginning); });
+        };
+        const bool unprepared = told("writeCachedDRToDisk() 263: ERROR:Dbt=" + table) ||
+                                told("writeCachedDRToDisk() 269: ERROR:Dbt=" + table);
+        const bool cached = cachedRows(db) > 0;
+        EXPECT_TRUE(!cached || unprepared || told("LMDB: writeCachedDRToDisk() 335: "));
+        EXPECT_TRUE(cached || !unprepared || !noNextOne);
+    }
+
+    template <class T>
+    static std::size_t cachedRows(LMDatabase<T>& db) {
+        const std::lock_guard<std::mutex> lock(db.clstMutex);
+        return db.clst.size();
+    }
+
     static inline const std::pair<std::string, std::string> TABLES[] = {
         {"/data/vendor/lm/KestrelStarts.db", "KestrelStarts"},
         {"/data/vendor/lm/KestrelStartsAction.db", "output_table"},
@@ -229,10 +265,17 @@ const std::regex KNOWN_LINES(
     std::regex::optimize);
 
 TEST_P(FaultSweepTest, LosesWhatItTellsAndGoesOn) {
+    ASSERT_TRUE(gInstalled);
     prepare();
+    for (const auto& [file, table] : TABLES) {
+        ASSERT_EQ(DatabaseFile(file).run("PRAGMA journal_mode"), Lines{"wal"});
+    }
     const auto before = contents();
     GetParam().run(*this);
     const auto wanted = contents();
+    EXPECT_EQ(wanted != before, GetParam().changes);
+    std::multiset<std::string> untouched;
+    std::ranges::set_intersection(before, wanted, std::inserter(untouched, untouched.end()));
     // A row is as it was, as it is to be or, of a state, one that it passes through.
     std::multiset<std::string> whole = wanted;
     whole.insert(before.begin(), before.end());
@@ -244,8 +287,10 @@ TEST_P(FaultSweepTest, LosesWhatItTellsAndGoesOn) {
     const Lines wantedLines = mHost.takeLog();
     std::map<Fault::Source, int> points;
     for (const Fault& fault : FAULTS) {
+        const bool ofOurOwn = fault.source == Fault::Source::newReturnsNull ||
+                              fault.source == Fault::Source::newThrows;
         for (const bool lasting : {false, true}) {
-            bool hit = true;
+            bool hit = !(ofOurOwn && lasting);
             for (int n = 1; hit && !HasFailure(); n += KESTREL_SWEEP_STRIDE) {
                 SCOPED_TRACE(testing::Message()
                              << fault.name << " number " << n << (lasting ? " and all later" : ""));
@@ -255,9 +300,14 @@ TEST_P(FaultSweepTest, LosesWhatItTellsAndGoesOn) {
                 points[fault.source] += hit ? 1 : 0;
                 const Lines lines = mHost.takeLog();
                 const bool withoutMemory = lasting && fault.source == Fault::Source::sqliteMemory;
+                expectCached(*mFeature.mFeatureInputDb, "KestrelStarts", lines,
+                             lasting && GetParam().changes);
+                expectCached(*action()->mOutputDb, "output_table", lines,
+                             lasting && GetParam().changes);
                 expectAtRest(*mFeature.mFeatureInputDb, withoutMemory);
                 expectAtRest(*action()->mOutputDb, withoutMemory);
                 const auto left = contents();
+                EXPECT_TRUE(std::ranges::includes(left, untouched)) << "others' rows are gone";
                 if (left != wanted && !mThrew) {
                     EXPECT_NE(lines, wantedLines) << "lost without a word";
                 }
@@ -277,13 +327,17 @@ TEST_P(FaultSweepTest, LosesWhatItTellsAndGoesOn) {
               << points[Fault::Source::sqliteMemory] << " of SQLite's memory, "
               << points[Fault::Source::newReturnsNull] + points[Fault::Source::newThrows]
               << " of our own\n";
+    EXPECT_GT(points[Fault::Source::sqliteMemory], 0);
+    EXPECT_GT(points[Fault::Source::files], 0);
     prepare();
     GetParam().run(*this);
     EXPECT_EQ(contents(), wanted);
+    mFeature.mFeatureInputDb->freeRow(stored);
+    mFeature.mFeatureInputDb->freeRow(waiting);
 }
 
 const Operation OPERATIONS[] = {
-    {"Flush", true,
+    {"Flush", true, true,
      [](auto& test) {
          LMDatabase<KSInputDbData>& db = *test.mFeature.mFeatureInputDb;
          LMDBDataRowKey key{4225, "com.other", ""};
@@ -297,46 +351,53 @@ const Operation OPERATIONS[] = {
              EXPECT_TRUE(rows->empty());
          }
      }},
-    {"Delete", true,
+    {"FlushCached", true, false,
      [](auto& test) {
          LMDatabase<KSInputDbData>& db = *test.mFeature.mFeatureInputDb;
-         LMDBDataRowKey key{4225, "com.other", ""};
-         auto rows = db.template readAllocateDR<KSInputDbData>(key);
-         db.template deleteDeallocateDR<KSInputDbData>(rows);
-         EXPECT_TRUE(rows.empty());
+         {
+             const std::lock_guard<std::mutex> lock(db.clstMutex);
+             db.clst.splice(db.clst.end(), test.toCache);
+             test.waiting.clear();
+         }
+         db.LMDatabaseWriteCachedToDisk();
      }},
-    {"Open", true,
+    {"Delete", true, false,
+     [](auto& test) {
+         test.mFeature.mFeatureInputDb->template deleteDeallocateDR<KSInputDbData>(test.stored);
+         EXPECT_TRUE(test.stored.empty());
+     }},
+    {"Open", false, true,
      [](auto&) {
          LMDatabase<KSInputDbData> db(0, "opened.db", "launches");
          if (db.openLMdb() != LMDB_SUCCESS && db.dbHandle != nullptr) {
              EXPECT_EQ(sqlite3_next_stmt(db.dbHandle, nullptr), nullptr);
          }
      }},
-    {"Learn", false, [](auto& test) { test.mFeature.runAsync(std::move(test.learning)); }},
-    {"Relearn", false, [](auto& test) { test.mFeature.runAsync(std::move(test.counted)); }},
-    {"Remove", false, [](auto& test) { test.mFeature.runAsync(std::move(test.removal)); }},
-    {"Measure", false,
+    {"Learn", true, false, [](auto& test) { test.mFeature.runAsync(std::move(test.learning)); }},
+    {"Relearn", true, false, [](auto& test) { test.mFeature.runAsync(std::move(test.counted)); }},
+    {"Remove", true, false, [](auto& test) { test.mFeature.runAsync(std::move(test.removal)); }},
+    {"Measure", true, false,
      [](auto& test) { test.mFeature.mMetaMeter->writeToDataBase(std::move(test.meters)); }},
-    {"Query", true,
+    {"Query", false, true,
      [](auto& test) {
          std::string app = APP;
          featureData data;
          test.mFeature.getData(app, data, 3);
      }},
-    {"Feedback", true,
+    {"Feedback", false, true,
      [](auto&) {
          mpctl_msg_t message{};
          message.hintId = 4225;
          std::snprintf(message.appName, sizeof(message.appName), "com.other");
          KestrelStartsAction::FeedbackCB(&message);
      }},
-    {"Construct", true,
+    {"Construct", false, true,
      [](auto&) {
          const std::unique_ptr<Feature> feature(
              createClassObj<Feature, FeatureInfo, KestrelStartsFeature>(
                  FeatureInfo{.featureName = "Other", .disabledApps = {"com.disabled"}}));
      }},
-    {"MakeSingleton", true,
+    {"MakeSingleton", false, true,
      [](auto&) {
          struct Other {
              ~Other() {
@@ -348,6 +409,110 @@ const Operation OPERATIONS[] = {
          KestrelStartsAction::getInstance(nullptr);
      }},
 };
+
+// The lines of each failure, with their numbers, codes and order.
+TEST_F(FaultTest, LinesAreExact) {
+    LMDatabase<KSInputDbData>& db = *mFeature.mFeatureInputDb;
+    LMDBDataRowKey key{4225, "com.a", ""};
+    const auto write = [&] {
+        auto rows = db.getRow(1);
+        rows.front()->appName = "com.a";
+        rows.front()->intcol1 = 4225;
+        db.writeDeallocateDR<KSInputDbData>(rows);
+    };
+    const auto erase = [&] {
+        auto rows = db.readAllocateDR<KSInputDbData>(key);
+        vfs().arm(VfsCall::write, SQLITE_FULL, 1, true);
+        db.deleteDeallocateDR<KSInputDbData>(rows);
+    };
+    const auto read = [&] {
+        auto rows = db.readAllocateDR<KSInputDbData>(key);
+        db.freeRow(rows);
+    };
+    const auto count = [&] { EXPECT_EQ(db.getCountDR<KSInputDbData>(key), 0); };
+    const struct {
+        const char* name;
+        VfsCall call;
+        int code;
+        int n;
+        std::function<void()> run;
+        Lines lines;
+    } cases[] = {
+        {"COMMIT fails",
+         VfsCall::write,
+         SQLITE_IOERR_WRITE,
+         1,
+         write,
+         {"writeCachedDRToDisk() 326: sql:ERROR:Dbt=KestrelStarts info=disk I/O error",
+          "writeCachedDRToDisk() 326: sql:ERROR:Dbt=KestrelStarts info=cannot rollback - no "
+          "transaction is active"}},
+        {"disk full at COMMIT",
+         VfsCall::write,
+         SQLITE_FULL,
+         1,
+         write,
+         {"writeCachedDRToDisk() 326: sql:ERROR:Dbt=KestrelStarts info=database or disk is full",
+          "writeCachedDRToDisk() 326: sql:ERROR:Dbt=KestrelStarts info=cannot rollback - no "
+          "transaction is active"}},
+        {"BEGIN fails",
+         VfsCall::shmLock,
+         SQLITE_BUSY,
+         2,
+         write,
+         {"writeCachedDRToDisk() 271: sql:ERROR:Dbt=KestrelStarts info=database is locked",
+          "writeCachedDRToDisk() 271: sql:ERROR:Dbt=KestrelStarts info=cannot rollback - no "
+          "transaction is active",
+          "writeCachedDRToDisk() 321: sql:ERROR:Dbt=KestrelStarts info=15",
+          "writeCachedDRToDisk() 322: sql:ERROR:Dbt=KestrelStarts info=15",
+          "writeCachedDRToDisk() 326: sql:ERROR:Dbt=KestrelStarts info=cannot commit - no "
+          "transaction is active",
+          "writeCachedDRToDisk() 326: sql:ERROR:Dbt=KestrelStarts info=cannot rollback - no "
+          "transaction is active"}},
+        {"all locks fail",
+         VfsCall::shmLock,
+         SQLITE_IOERR_SHMLOCK,
+         1,
+         write,
+         {"writeCachedDRToDisk() 271: sql:ERROR:Dbt=KestrelStarts info=disk I/O error",
+          "writeCachedDRToDisk() 271: sql:ERROR:Dbt=KestrelStarts info=cannot rollback - no "
+          "transaction is active",
+          "writeCachedDRToDisk() 321: sql:ERROR:Dbt=KestrelStarts info=10",
+          "writeCachedDRToDisk() 322: sql:ERROR:Dbt=KestrelStarts info=10",
+          "writeCachedDRToDisk() 326: sql:ERROR:Dbt=KestrelStarts info=cannot commit - no "
+          "transaction is active",
+          "writeCachedDRToDisk() 326: sql:ERROR:Dbt=KestrelStarts info=cannot rollback - no "
+          "transaction is active"}},
+        {"disk full at a delete's COMMIT",
+         VfsCall::write,
+         SQLITE_FULL,
+         1,
+         erase,
+         {"deleteDeallocateDR() 570: sql:ERROR:Dbt=KestrelStarts info=database or disk is full",
+          "deleteDeallocateDR() 570: sql:ERROR:Dbt=KestrelStarts info=cannot rollback - no "
+          "transaction is active"}},
+        {"a read's lock",
+         VfsCall::shmLock,
+         SQLITE_IOERR_SHMLOCK,
+         1,
+         read,
+         {"readAllocateDR() 495: sql:ERROR:Dbt=KestrelStarts info=10"}},
+        {"a count's lock",
+         VfsCall::shmLock,
+         SQLITE_IOERR_SHMLOCK,
+         1,
+         count,
+         {"getCountDR() 405: sql:ERROR:Dbt=KestrelStarts info=10"}},
+    };
+    write();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        mHost.takeLog();
+        vfs().arm(c.call, c.code, c.n, true);
+        c.run();
+        EXPECT_GT(vfs().disarm(), 0);
+        EXPECT_EQ(mHost.takeLog(), c.lines);
+    }
+}
 
 INSTANTIATE_TEST_SUITE_P(Operations, FaultSweepTest, testing::ValuesIn(OPERATIONS),
                          [](const auto& info) { return info.param.name; });

@@ -1,5 +1,7 @@
 #include "host/FeatureState.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "host/linux/HostRuntime.h"
@@ -10,8 +12,7 @@ LMDB_INSTANTIATE(AppState);
 
 namespace {
 
-// The app's rows, of which the last is the newest. An app without a name has none: as a key, it
-// would select those of all others.
+// The app's rows. An app without a name has none: as a key, it would select those of all others.
 LMDBDataTable<AppState>::vecT readRows(LMDatabase<AppState>& db, std::string const& app) {
     if (app.empty()) {
         return {};
@@ -19,6 +20,14 @@ LMDBDataTable<AppState>::vecT readRows(LMDatabase<AppState>& db, std::string con
     LMDBDataRowKey key;
     key.appName = app;
     return db.readAllocateDR<AppState>(key);
+}
+
+// The newest of an app's rows that the store can write; rows.end() when there is none.
+auto findNewest(LMDBDataTable<AppState>::vecT& rows) {
+    const auto newest = std::find_if(rows.rbegin(), rows.rend(), [](const auto* row) {
+        return std::in_range<int32_t>(row->rowid);
+    });
+    return newest != rows.rend() ? std::prev(newest.base()) : rows.end();
 }
 
 constexpr const char* TABLE = "app_state";
@@ -30,7 +39,9 @@ void abandonUnfinishedSteps(LMDatabase<AppState>& db) {
     static_assert(sizeof(AppState) == 4);
     lmstore::Statement statement;
     if (!statement.prepare(db.dbHandle, std::string("UPDATE ") + TABLE +
-                                            " SET blob = x'00000000' WHERE blob IN "
+                                            " SET blob = x'00000000' WHERE"
+                                            // As the store reads it: cut or filled up to its size.
+                                            " substr(CAST(blob || zeroblob(4) AS BLOB), 1, 4) IN "
                                             "(x'01000000', x'03000000', x'05000000')") ||
         statement.step() != lmstore::Statement::DONE) {
         lmstore::logSqlMessage("FeatureState", 43, TABLE, db.dbHandle);
@@ -53,8 +64,9 @@ AppState FeatureState::readState(std::string const& app) {
     if (mDb == nullptr) {
         return APP_STATE_LEARNING;
     }
-    const LMDBRows<AppState> found(*mDb, readRows(*mDb, app));
-    return found.rows.empty() ? APP_STATE_LEARNING : found.rows.back()->blob;
+    LMDBRows<AppState> found(*mDb, readRows(*mDb, app));
+    const auto newest = findNewest(found.rows);
+    return newest == found.rows.end() ? APP_STATE_LEARNING : (*newest)->blob;
 }
 
 void FeatureState::writeState(std::string const& app, AppState state) {
@@ -62,20 +74,19 @@ void FeatureState::writeState(std::string const& app, AppState state) {
     if (mDb == nullptr) {
         return;
     }
-    LMDBRows<AppState> found(*mDb, readRows(*mDb, app));
-    if (found.rows.empty()) {
-        found.rows = mDb->getRow(1);
-    }
-    if (found.rows.empty()) {
+    // An app has one row. Others, which a write after a failed read leaves, go.
+    LMDBRows<AppState> surplus(*mDb, readRows(*mDb, app));
+    LMDBRows<AppState> own(*mDb, mDb->getRow(1));
+    if (own.rows.empty()) {
         return;
     }
-    // The last row is the app's. Others, which a write after a failed read leaves, go.
-    LMDBRows<AppState> surplus(*mDb, {found.rows.begin(), found.rows.end() - 1});
-    found.rows.erase(found.rows.begin(), found.rows.end() - 1);
-    found.rows.front()->appName = app;
-    found.rows.front()->blob = state;
-    mDb->writeDeallocateDR<AppState>(found.rows);
-    if (!surplus.rows.empty()) {
+    if (const auto newest = findNewest(surplus.rows); newest != surplus.rows.end()) {
+        std::swap(own.rows.front(), *newest);  // the new row is not stored, and only freed
+    }
+    own.rows.front()->appName = app;
+    own.rows.front()->blob = state;
+    mDb->writeDeallocateDR<AppState>(own.rows);
+    if (surplus.rows.size() > 1) {
         mDb->deleteDeallocateDR<AppState>(surplus.rows);
     }
 }
