@@ -14,24 +14,28 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string LAUNCHES = [] {
+// Launches of 400 ms, each with a query, while another app is removed. `t` goes on from call to
+// call.
+std::string launches(const std::string& app, int count, int& t) {
     std::ostringstream lines;
-    for (int t = 0; t < 7000; t += 1000) {
-        for (const char* event :
-             {R"("hintId":4225,"hintType":1,"appName":"com.a/.Main")",
-              R"("hintId":4103,"appName":"com.a")", R"("hintId":4097,"appName":"com.home")",
-              R"("query":3,"appName":"com.a/.Main")", R"("hintId":4164,"appName":"com.b")"}) {
-            lines << R"({"t":)" << t << ',' << event << "}\n";
-        }
+    const std::string name = ",\"appName\":\"" + app + "\"}\n";
+    for (int i = 0; i < count; ++i, t += 1000) {
+        lines << R"({"t":)" << t << R"(,"hintId":4225,"hintType":1)" << name << R"({"t":)" << t
+              << R"(,"query":3)" << name << R"({"t":)" << t + 400 << R"(,"hintId":4103)" << name
+              << R"({"t":)" << t + 500 << R"(,"hintId":4097,"appName":"com.home"})" << "\n"
+              << R"({"t":)" << t + 500 << R"(,"hintId":4164,"appName":"com.b"})" << "\n";
     }
     return lines.str();
-}();
+}
 
 class DamageTest : public testing::Test {
  protected:
     DamageTest() {
-        mProgram.write("launches.jsonl", LAUNCHES);
-        EXPECT_EQ(mProgram.run("replay --root good launches.jsonl").status, 0);
+        // One app is learned, and one has the launches that it needs.
+        int t = 0;
+        mProgram.write("before.jsonl", launches(LEARNED, 7, t) + launches(WAITING, 5, t));
+        mProgram.write("launches.jsonl", launches(LEARNED, 7, t) + launches(WAITING, 7, t));
+        EXPECT_EQ(mProgram.run("replay --root good before.jsonl").status, 0);
     }
 
     static fs::path below(const fs::path& root) { return root / "data/vendor/lm"; }
@@ -59,6 +63,9 @@ class DamageTest : public testing::Test {
     static void write(const fs::path& file, const std::string& content) {
         std::ofstream(file, std::ios::binary) << content;
     }
+
+    static constexpr const char* LEARNED = "com.a/.Main";
+    static constexpr const char* WAITING = "com.c/.Main";
 
     ProgramRun mProgram;
 };
@@ -135,35 +142,57 @@ TEST_F(DamageTest, WhatStandsInADatabasesPlaceIsTold) {
 
 TEST_F(DamageTest, StrangeRowsAreReadAsFarAsTheyGo) {
     const char* rows[] = {
-        "(NULL, 'com.a/.Main', NULL, NULL)",
-        "(4225, 'com.a/.Main', 7, x'')",
-        "(4225, 'com.a/.Main', NULL, x'01')",
-        "(4225, 'com.a/.Main', NULL, zeroblob(100000))",
-        "(4225, 'com.a/.Main', NULL, x'FFFFFF7F' || zeroblob(532))",
-        "(4225, 'com.a/.Main', NULL, replace(hex(zeroblob(268)), '00', x'FF'))",
+        "(NULL, ?, NULL, NULL)",
+        "(4225, ?, 7, x'')",
+        "(4225, ?, NULL, x'01')",
+        "(4225, ?, NULL, zeroblob(100000))",
+        "(4225, ?, NULL, x'FFFFFF7F' || zeroblob(532))",
+        "(4225, ?, NULL, replace(hex(zeroblob(268)), '00', x'FF'))",
         "(4225, 17, 2.5, 'text')",
-        "('text', 'com.a/.Main', NULL, 99)",
+        "('text', ?, NULL, 99)",
     };
-    for (const auto& [name, table] : std::initializer_list<std::pair<const char*, const char*>>{
-             {FILES[0], "KestrelStarts"}, {FILES[1], "output_table"}, {FILES[2], "app_state"}}) {
-        for (const char* row : rows) {
-            SCOPED_TRACE(std::string(name) + ": " + row);
-            const DatabaseFile database(below(fresh()) / name);
-            for (int i = 0; i < 6; ++i) {
-                database.run("INSERT INTO " + std::string(table) + " VALUES" + row);
+    const struct {
+        const char* file;
+        const char* table;
+        const char* app;
+    } tables[] = {{FILES[0], "KestrelStarts", WAITING},
+                  {FILES[1], "output_table", LEARNED},
+                  {FILES[2], "app_state", LEARNED}};
+    for (const auto& t : tables) {
+        const std::string insert = std::string("INSERT INTO ") + t.table;
+        const std::string app = std::string("'") + t.app + "'";
+        std::vector<std::string> changes;
+        for (std::string row : rows) {
+            if (const auto place = row.find('?'); place != std::string::npos) {
+                row.replace(place, 1, app);
             }
-            database.run("INSERT INTO " + std::string(table) +
-                         "(rowid, intcol1, appName, blob) VALUES (9223372036854775807, 4225,"
-                         " 'com.a/.Main', zeroblob(4))");
-            play();
+            changes.push_back(insert + " VALUES" + row + "," + row + "," + row);
         }
-        // More than a read returns.
-        const DatabaseFile database(below(fresh()) / name);
-        database.run(
-            "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n WHERE i < 10001)"
-            " INSERT INTO " +
-            std::string(table) + " SELECT 4225, 'com.a/.Main', NULL, zeroblob(536) FROM n");
-        play();
+        changes.push_back(insert +
+                          "(rowid, intcol1, appName, blob) VALUES (9223372036854775807,"
+                          " 4225, " +
+                          app + ", zeroblob(4))");
+        changes.push_back(
+            "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n WHERE"
+            " i < 10001) " +
+            insert + " SELECT 4225, " + app + ", NULL, zeroblob(536) FROM n");
+        // Of a table without types, names can be missing or numbers.
+        changes.push_back(std::string("DROP TABLE ") + t.table + "; CREATE TABLE " + t.table +
+                          "(intcol1, appName, rsvdName, blob); " + insert +
+                          " VALUES (4225, NULL, NULL, NULL), (4225, 17, 17, 17), ('x', " + app +
+                          ", NULL, 'text')");
+        for (const std::string& change : changes) {
+            SCOPED_TRACE(change);
+            DatabaseFile(below(fresh()) / t.file).run(change);
+            play();
+            if (t.file != FILES[2]) {
+                EXPECT_EQ(
+                    DatabaseFile(below(mProgram.path("root")) / FILES[2])
+                        .run(std::string("SELECT hex(blob) FROM app_state WHERE appName = '") +
+                             WAITING + "'"),
+                    std::vector<std::string>{"04000000"});
+            }
+        }
     }
 }
 

@@ -115,7 +115,7 @@ TEST_F(ThreadTest, AFlushTakesWhatOthersCacheMeanwhile) {
 // Not promised: two flushes at once share the connection's one transaction. Then a BEGIN or a
 // COMMIT fails and says so; a rollback may take rows of the other flush with it; the store stays
 // usable.
-TEST_F(ThreadTest, TwoFlushesAtOnceSayWhatTheyLose) {
+TEST_F(ThreadTest, TwoFlushesAtOnceLoseNothingInSilence) {
     LMDatabase<KSInputDbData>& db = *mFeature.mFeatureInputDb;
     constexpr int ROUNDS = 300;
     const auto flush = [&] {
