@@ -14,6 +14,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts) {
+        text += part;
+    }
+    return text;
+}
+
 // Launches of 400 ms, each with a query, while another app is removed. `t` goes on from call to
 // call.
 std::string launches(const std::string& app, int count, int& t) {
@@ -166,21 +174,21 @@ TEST_F(DamageTest, StrangeRowsAreReadAsFarAsTheyGo) {
             if (const auto place = row.find('?'); place != std::string::npos) {
                 row.replace(place, 1, app);
             }
-            changes.push_back(insert + " VALUES" + row + "," + row + "," + row);
+            changes.push_back(joined({insert, " VALUES", row, ",", row, ",", row}));
         }
-        changes.push_back(insert +
-                          "(rowid, intcol1, appName, blob) VALUES (9223372036854775807,"
-                          " 4225, " +
-                          app + ", zeroblob(4))");
+        changes.push_back(joined({insert,
+                                  "(rowid, intcol1, appName, blob) VALUES (9223372036854775807,"
+                                  " 4225, ",
+                                  app, ", zeroblob(4))"}));
         changes.push_back(
-            "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n WHERE"
-            " i < 10001) " +
-            insert + " SELECT 4225, " + app + ", NULL, zeroblob(536) FROM n");
+            joined({"WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n"
+                    " WHERE i < 10001) ",
+                    insert, " SELECT 4225, ", app, ", NULL, zeroblob(536) FROM n"}));
         // Of a table without types, names can be missing or numbers.
-        changes.push_back(std::string("DROP TABLE ") + t.table + "; CREATE TABLE " + t.table +
-                          "(intcol1, appName, rsvdName, blob); " + insert +
-                          " VALUES (4225, NULL, NULL, NULL), (4225, 17, 17, 17), ('x', " + app +
-                          ", NULL, 'text')");
+        changes.push_back(joined({"DROP TABLE ", t.table, "; CREATE TABLE ", t.table,
+                                  "(intcol1, appName, rsvdName, blob); ", insert,
+                                  " VALUES (4225, NULL, NULL, NULL), (4225, 17, 17, 17), ('x', ",
+                                  app, ", NULL, 'text')"}));
         for (const std::string& change : changes) {
             SCOPED_TRACE(change);
             DatabaseFile(below(fresh()) / t.file).run(change);
