@@ -31,8 +31,8 @@ AsyncTriggerPayload anyEvent(FuzzedDataProvider& input) {
     event.hintArg = input.ConsumeIntegral<int32_t>();
     event.launchType = input.ConsumeBool() ? 2 : input.ConsumeIntegral<int32_t>();
     event.launchArg = input.ConsumeIntegral<int32_t>();
-    event.featureVersion = input.ConsumeBool() ? 1 : input.ConsumeIntegral<int16_t>();
-    event.dataVersion = input.ConsumeBool() ? 112 : input.ConsumeIntegral<uint16_t>();
+    event.featureVersion = input.ConsumeBool() ? int16_t{1} : input.ConsumeIntegral<int16_t>();
+    event.dataVersion = input.ConsumeBool() ? uint16_t{112} : input.ConsumeIntegral<uint16_t>();
     return event;
 }
 

@@ -26,6 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
             text.remove_prefix(std::min(end + 1, text.size()));
         }
     } catch (const InputError&) {
+        return 0;
     }
     return 0;
 }
