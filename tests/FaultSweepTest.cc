@@ -14,41 +14,13 @@
 #include "lmdb/LMDBRows.h"
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/FailingAllocator.h"
+#include "tests/support/FailingSqliteMemory.h"
 #include "tests/support/FaultVfs.h"
 #include "tests/support/FeatureFixture.h"
 
 namespace {
 
 const std::string APP = "com.example.one.with.a.long.name/.MainActivity";
-
-// ---- SQLite's memory
-
-sqlite3_mem_methods gMemory;
-int gMemoryCountdown = 0;  // 0: nothing fails; 1: the next
-bool gMemoryLasting = false;
-int gMemoryHits = 0;
-
-bool memoryFails() {
-    if (gMemoryCountdown != 1) {
-        gMemoryCountdown -= gMemoryCountdown > 0 ? 1 : 0;
-        return false;
-    }
-    gMemoryCountdown = gMemoryLasting ? 1 : 0;
-    ++gMemoryHits;
-    return true;
-}
-
-// Before SQLite is used. Without the small blocks that it keeps for itself, every request counts.
-const bool gInstalled = [] {
-    bool installed = sqlite3_config(SQLITE_CONFIG_GETMALLOC, &gMemory) == SQLITE_OK;
-    sqlite3_mem_methods failing = gMemory;
-    failing.xMalloc = [](int size) { return memoryFails() ? nullptr : gMemory.xMalloc(size); };
-    failing.xRealloc = [](void* memory, int size) {
-        return memoryFails() ? nullptr : gMemory.xRealloc(memory, size);
-    };
-    installed = sqlite3_config(SQLITE_CONFIG_MALLOC, &failing) == SQLITE_OK && installed;
-    return sqlite3_config(SQLITE_CONFIG_LOOKASIDE, 0, 0) == SQLITE_OK && installed;
-}();
 
 // ---- what can fail
 
@@ -183,12 +155,9 @@ class FaultSweepTest : public FaultTest, public testing::WithParamInterface<Oper
                 run();
                 return vfs().disarm() > 0;
             case Fault::Source::sqliteMemory:
-                gMemoryCountdown = n;
-                gMemoryLasting = lasting;
-                gMemoryHits = 0;
+                FailingSqliteMemory::arm(n, lasting);
                 run();
-                gMemoryCountdown = 0;
-                return gMemoryHits > 0;
+                return FailingSqliteMemory::disarm() > 0;
             default: {
                 const FailingAllocator failing(n, fault.source == Fault::Source::newThrows
                                                       ? FailingAllocator::Kind::throws
@@ -265,7 +234,7 @@ const std::regex KNOWN_LINES(
     std::regex::optimize);
 
 TEST_P(FaultSweepTest, LosesWhatItTellsAndGoesOn) {
-    ASSERT_TRUE(gInstalled);
+    ASSERT_TRUE(FailingSqliteMemory::isInstalled());
     prepare();
     for (const auto& [file, table] : TABLES) {
         ASSERT_EQ(DatabaseFile(file).run("PRAGMA journal_mode"), Lines{"wal"});
