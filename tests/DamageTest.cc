@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <fstream>
 #include <functional>
+#include <nlohmann/json.hpp>
+#include <set>
 #include <sstream>
 
 #include "tests/support/DatabaseFile.h"
@@ -63,6 +66,25 @@ class DamageTest : public testing::Test {
         return result.out;
     }
 
+    // The lengths of the boosts that the two apps get, each once.
+    static std::string boosts(const std::string& records) {
+        std::set<std::string> lengths;
+        std::istringstream lines(records);
+        for (std::string line; std::getline(lines, line);) {
+            const auto record = nlohmann::json::parse(line);
+            if (record.at("kind") == "hint" || record.at("kind") == "hintAcqRel") {
+                lengths.insert(record.at("app").get<std::string>()[4] +
+                               std::string(record.at("kind") == "hint" ? " " : " default ") +
+                               record.at("duration").dump());
+            }
+        }
+        std::string text;
+        for (const std::string& length : lengths) {
+            text += (text.empty() ? "" : ", ") + length;
+        }
+        return text;
+    }
+
     static std::string read(const fs::path& file) {
         std::ifstream content(file, std::ios::binary);
         return {std::istreambuf_iterator<char>(content), {}};
@@ -104,18 +126,32 @@ TEST_F(DamageTest, EveryPageFlippedAndEveryFileCut) {
 }
 
 TEST_F(DamageTest, WhatStandsInADatabasesPlaceIsTold) {
+    // Without the database; with an empty one; with one that cannot be written.
+    enum { OFF, ANEW, UNWRITTEN };
+    const std::string usual = "a 750, a default 750, c 750, c default 750";
+    const std::string neverLearned = "c 15000, c default 2000";
+    const std::array<std::string, 3> boostsWithout[] = {
+        // The launches: nothing is boosted; the others learn again; nothing more is learned.
+        {"", "a 750, a default 750, c 15000, c 750, c default 2000, c default 750",
+         "a 750, a default 750, " + neverLearned},
+        // The records: the service knows no length; a learned app's new record says 0.
+        {"a default 0, c default 0", "a 0, a default 0, c 750, c default 750",
+         "a 15000, a default 2000, " + neverLearned},
+        // The states: boosts go by the records.
+        {usual, usual, usual}};
     const struct {
         const char* name;
         std::function<void(const fs::path& file)> put;
-        const char* told;  // empty: the file is taken as an empty database
+        const char* told;
+        std::size_t then;  // what is left of the feature
     } cases[] = {
-        {"garbage", [](const fs::path& f) { write(f, std::string(5000, '\xA5')); }, "ERROR"},
-        {"text", [](const fs::path& f) { write(f, "this is no database\n"); }, "ERROR"},
-        {"empty", [](const fs::path& f) { write(f, ""); }, ""},
-        {"directory", [](const fs::path& f) { fs::create_directory(f); },
-         "sql open failed, err=14"},
+        {"garbage", [](const fs::path& f) { write(f, std::string(5000, '\xA5')); }, "ERROR", OFF},
+        {"text", [](const fs::path& f) { write(f, "this is no database\n"); }, "ERROR", OFF},
+        {"empty", [](const fs::path& f) { write(f, ""); }, "", ANEW},
+        {"directory", [](const fs::path& f) { fs::create_directory(f); }, "sql open failed, err=14",
+         OFF},
         {"dangling link", [](const fs::path& f) { fs::create_symlink("/nowhere/x", f); },
-         "sql open failed, err=14"},
+         "sql open failed, err=14", OFF},
         {"other columns",
          [](const fs::path& f) {
              write(f, "");
@@ -123,7 +159,7 @@ TEST_F(DamageTest, WhatStandsInADatabasesPlaceIsTold) {
                  DatabaseFile(f).run("CREATE TABLE " + std::string(table) + "(a, b)");
              }
          },
-         "no column named intcol1"},
+         "no column named intcol1", UNWRITTEN},
         {"a view",
          [](const fs::path& f) {
              write(f, "");
@@ -133,17 +169,19 @@ TEST_F(DamageTest, WhatStandsInADatabasesPlaceIsTold) {
                                      " NULL AS rsvdName, x'00' AS blob");
              }
          },
-         "ERROR"},
+         "ERROR", UNWRITTEN},
     };
-    for (const char* name : FILES) {
+    for (std::size_t i = 0; i < std::size(FILES); ++i) {
         for (const auto& c : cases) {
-            SCOPED_TRACE(std::string(name) + ": " + c.name);
-            const fs::path file = below(fresh()) / name;
+            SCOPED_TRACE(std::string(FILES[i]) + ": " + c.name);
+            const fs::path file = below(fresh()) / FILES[i];
             for (const char* suffix : {"", "-wal", "-shm"}) {
                 fs::remove(file.string() + suffix);
             }
             c.put(file);
-            EXPECT_NE(play().find(c.told), std::string::npos);
+            const std::string out = play();
+            EXPECT_NE(out.find(c.told), std::string::npos);
+            EXPECT_EQ(boosts(out), boostsWithout[i][c.then]);
         }
     }
 }
