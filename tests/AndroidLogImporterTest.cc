@@ -81,14 +81,12 @@ TEST(AndroidLogImporter, ReadsEveryFormat) {
     const std::string text = start("com.a");
     const Lines formats[] = {
         {"01-02 00:00:03.004  7  8 I ActivityManager: " + text},
-        {"01-02 00:00:03.004 12345 12345 I ActivityManager  : " + text},
         {"01-02 00:00:03.004  1000  7  8 I ActivityManager: " + text},
         {"01-02 00:00:03.004 shell  7  8 I ActivityTaskManager: " + text},
         {"2023-01-02 00:00:03.004  7  8 I ActivityManager: " + text},
         {"01-02 00:00:03.004999 +0530 root  7  8 I ActivityManager: " + text},
         {"01-02 00:00:03.004 I/ActivityManager(    7): " + text},
         {"2024-01-02 00:00:03.004 -0800 I/ActivityManager( 1000:    7): " + text},
-        {"01-02 00:00:03.004 I/ActivityManager(          7): " + text},
         {"[ 01-02 00:00:03.004     7:    8 I/ActivityManager ]", text, ""},
         {"[ 01-02 00:00:03.004     7:0x1f I/ActivityManager ]", "first", text, ""},
         {"[ 2023-01-02 00:00:03.004000 +0000  root:    7:    8 I/ActivityManager ]", text},
@@ -110,15 +108,12 @@ TEST(AndroidLogImporter, PassesOverWhatIsNoLogLine) {
         text,
         "--------- beginning of main",
         "01-02 00:00:03.004 ActivityManager: " + text,
-        "01-02 00:00:03  7  8 I ActivityManager: " + text,
         "02-30 00:00:03.004  7  8 I ActivityManager: " + text,
-        "2023-02-29 00:00:03.004  7  8 I ActivityManager: " + text,
         "01-02 24:00:03.004  7  8 I ActivityManager: " + text,
         "99999999999999999999999.004  7  8 I ActivityManager: " + text,
         "01-02 00:00:03.004  7 root I ActivityManager: " + text,
         "01-02 00:00:03.004  7  8 X ActivityManager: " + text,
         "I/ActivityManager(): " + text,
-        "I/ActivityManager(7) " + text,
         "[ 01-02 00:00:03.004 7:8 I/ActivityManager",
         std::string("I/\0(7", 5),
     };
@@ -151,13 +146,11 @@ TEST(AndroidLogImporter, ReadsStarts) {
         {"START u0 {cmp=com.a/.Main} with X result code=2", true},
         {"START u0 {cmp=com.a/.Main} with X result code=3", false},
         {"START u0 {cmp=com.a/.Main} with X result code=102", false},
-        {"START u0 {cmp=com.a/.Main} with X result code=-92", false},
         {"START u0 {cmp=com.a/.Main} with X result code=99999999999999999999", false},
         {"START u0 {cmp=com.a/.Main} with X result code=", true},
         {"START u0 {clip={text/plain} cmp=com.a/.Main", false},
         {"START u0 {sel={cmp=com.a/.Main}}", false},
         {"START u0 {cmp=com.a/}", false},
-        {"START u0 {cmp=/.Main}", false},
         {"START u {cmp=com.a/.Main}", false},
         {"Starting u0 {cmp=com.a/.Main}", false},
         {"START u0 {cmp=com.a/.Main}", false, "ActivityManagerService"},
@@ -165,7 +158,6 @@ TEST(AndroidLogImporter, ReadsStarts) {
         {"[0,1,com.a/.Main,act,NULL,NULL,-1]", true, "wm_create_activity"},
         {"[com.a/.Main,act,0]", true, "create_activity"},
         {"[0,1,com.a/.Main,act,2684354560]", false, "am_create_activity"},
-        {"[0,1,com.a/.Main,act,0x10]", false, "am_create_activity"},
         {"[0,1,com.a/.Main,act,268435456", false, "am_create_activity"},
         {"[0,1,com.a/,/.Main,268435456]", false, "am_create_activity"},
         {"[0,1,com.a/.Main,act,0]", false, "am_recreate_activity"},
@@ -215,6 +207,21 @@ TEST(AndroidLogImporter, FollowsTheFrontAndTheOpenLaunch) {
           at("05.500", "Force stopping com.a appid=1 user=0: pkg removed"),
           at("06.000", "Displayed com.a/.X: +1s")},
          {"1000 switch com.a", "4000 forget com.a", "5000 launch com.a", "5500 forget com.a"}},
+        {"a frame can lie after its line, and the next launch begins no earlier",
+         {at("01.000", start("com.a")), at("02.000", "Displayed com.a/.X: +1s300ms"),
+          at("02.100", start("com.b")), at("02.900", "Displayed com.b/.X: +400ms")},
+         {"1000 launch com.a", "2300 frame com.a", "2300 launch com.b", "2700 frame com.b"}},
+        {"without times there is a clock all the same",
+         {brief("[0,com.h/.Home]", "am_focused_activity"), brief(start("com.a")),
+          brief("Displayed com.a/.Main: +1h (total +2h)"),
+          brief("[0,com.h/.Home]", "am_focused_activity"), brief(start("com.b")),
+          brief("Displayed com.c/.Main: +1h"), brief(start("com.c"))},
+         {"0 switch com.h", "1000 launch com.a", "7201000 frame com.a", "7201000 switch com.h",
+          "7202000 launch com.b", "7203000 launch com.c"}},
+        {"in a long entry, what looks like a log line is text",
+         {"[ 01-01 00:00:01.000  7: 8 I/ActivityManager ]", start("com.a"),
+          at("02.000", start("com.b")), "", "[ 01-01 00:00:03.000  7: 8 I/Other ]", start("com.c")},
+         {"1000 launch com.a"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -269,17 +276,13 @@ TEST(AndroidLogImporter, ReadsDurations) {
         {"Displayed com.a/.Main: +1s10", -1},
         {"Displayed com.a/.Main: +", -1},
         {"Displayed com.a/.Main: 5ms", -1},
-        {"Displayed com.a/.Main: +5ms5s", -1},
         {"Displayed com.a/.Main: +99999999999999999999ms", -1},
-        {"Displayed com.a/.Main: +999999999999999999d", -1},
         {"Displayed com.a/.Main: +834ms (total +1s1", -1},
         {"Displayed com.a/.Main for user: +834ms", -1},
         {"Displayed activity com.a/.Main: 834", -1},
-        {"Displayed activity com.a/.Main: +834ms", -1},
         {"Displayed com.a: +834ms", -1},
         {"[1,com.a/.Main,-5]", -1, "am_activity_launch_time"},
         {"[1,com.a/.Main,5,6", -1, "am_activity_launch_time"},
-        {"[1,com.a/.Main]", -1, "am_activity_launch_time"},
         {"[1,com.a/.Main,5,6,7]", -1, "am_activity_launch_time"},
     };
     for (const auto& c : cases) {
@@ -378,32 +381,6 @@ TEST(AndroidLogImporter, SortsFilesAndKeepsTheirLineNumbers) {
     // Line by line, older lines take their predecessor's time.
     EXPECT_EQ(streamed(lines), (Lines{"5000 launch com.b", "5000 launch com.a", "5000 launch com.c",
                                       "5000 launch com.d"}));
-}
-
-TEST(AndroidLogImporter, NeverGoesBackInTime) {
-    // The frame lies after its own line; the next launch begins, and is measured, from its event.
-    EXPECT_EQ(
-        imported(
-            joined({at("01.000", start("com.a")), at("02.000", "Displayed com.a/.X: +1s300ms"),
-                    at("02.100", start("com.b")), at("02.900", "Displayed com.b/.X: +400ms")})),
-        (Lines{"1000 launch com.a", "2300 frame com.a", "2300 launch com.b", "2700 frame com.b"}));
-}
-
-TEST(AndroidLogImporter, KeepsAClockForLogsWithoutTimes) {
-    EXPECT_EQ(
-        imported(joined({brief("[0,com.h/.Home]", "am_focused_activity"), brief(start("com.a")),
-                         brief("Displayed com.a/.Main: +1h (total +2h)"),
-                         brief("[0,com.h/.Home]", "am_focused_activity"), brief(start("com.b")),
-                         brief("Displayed com.c/.Main: +1h"), brief(start("com.c"))})),
-        (Lines{"0 switch com.h", "1000 launch com.a", "7201000 frame com.a", "7201000 switch com.h",
-               "7202000 launch com.b", "7203000 launch com.c"}));
-}
-
-TEST(AndroidLogImporter, TakesWhatLooksLikeALogLineAsTextOfALongEntry) {
-    EXPECT_EQ(imported(joined({"[ 01-01 00:00:01.000  7: 8 I/ActivityManager ]", start("com.a"),
-                               at("02.000", start("com.b")), "",
-                               "[ 01-01 00:00:03.000  7: 8 I/Other ]", start("com.c")})),
-              Lines{"1000 launch com.a"});
 }
 
 TEST(AndroidLogImporter, SurvivesLongLines) {

@@ -1,11 +1,8 @@
-// What replays cannot reach: damaged stores, missing ones, odd meter runs, threads at once.
+// What replays cannot reach: damaged stores, missing ones, odd meter runs.
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <latch>
-#include <thread>
 
 #include "learning/KestrelStartsMetaMeter.h"
 #include "tests/support/FeatureFixture.h"
@@ -238,48 +235,6 @@ TEST(MissingStoreTest, EachOperationSaysWhatItLacks) {
                "KestrelStarts: checkRelearningTrigger() 818: KestrelStartAlgo:: "
                "mFeatureInputDb/dbinstance NULL",
                "KestrelStartsAction:: FeedbackCB() 101: db instance table NULL"}));
-}
-
-// ---- threads
-
-TEST_F(FeatureTest, QueriesAndFeedbackRunBesideEvents) {
-    constexpr int ROUNDS = 200;
-    std::latch start(4);
-    std::vector<KestrelStartsAction*> instances(3);
-    const auto query = [&](std::size_t i) {
-        start.arrive_and_wait();
-        instances[i] = KestrelStartsAction::getInstance(nullptr);
-        for (int round = 0; round < ROUNDS; ++round) {
-            std::string app = "a";
-            featureData data;
-            mFeature.getData(app, data, round % 3 + 3);
-            mpctl_msg_t message{};
-            message.hintId = 4225;
-            message.appName[0] = 'a';
-            EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), 0);
-        }
-    };
-    std::thread first(query, 0);
-    std::thread second(query, 1);
-    std::thread events([&] {
-        start.arrive_and_wait();
-        instances[2] = KestrelStartsAction::getInstance(&mFeature);
-        for (int round = 0; round < ROUNDS; ++round) {
-            mFeature.runAsync(launchOf("a"));
-            mFeature.runAsync(eventOf("a", 4103, 0));
-            mFeature.runAsync(eventOf("b", 4097, 0));
-            mFeature.mMetaMeter->handOverFinishedRuns();
-        }
-    });
-    start.arrive_and_wait();
-    first.join();
-    second.join();
-    events.join();
-    EXPECT_NE(instances[0], nullptr);
-    EXPECT_EQ(std::count(instances.begin(), instances.end(), instances[0]), 3);
-    for (const std::string& line : mHost.takeLog()) {
-        EXPECT_EQ(line.find("ERROR"), std::string::npos) << line;
-    }
 }
 
 }  // namespace
