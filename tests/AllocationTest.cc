@@ -92,6 +92,33 @@ TEST(AllocationTest, ASingletonWithoutMemoryForItsStoreStaysWithoutIt) {
               Lines{"KestrelStartsAction:: FeedbackCB() 101: db instance table NULL"});
 }
 
+TEST(AllocationTest, RowsRunOutInTheMiddle) {
+    TestHost host(setupWithoutKnobs());
+    LMDatabase<KSInputDbData> db(0, "", "launches");
+    ASSERT_EQ(db.openLMdb(), LMDB_SUCCESS);
+    const auto noMemory = [](int allocated) {
+        return "LMDB: getRow() 144: ERROR:Dbt=launches new operator failure, allocated=" +
+               std::to_string(allocated);
+    };
+    auto rows = LMDBDataTable<KSInputDbData>::vecT{};
+    {
+        const FailingAllocator fail(3);
+        rows = db.getRow(5);
+    }
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_EQ(host.takeLog(), Lines{noMemory(2)});
+    rows[0]->appName = rows[1]->appName = "a";
+    db.writeDeallocateDR<KSInputDbData>(rows);
+    LMDBDataRowKey all;
+    {
+        const FailingAllocator fail(2);
+        rows = db.readAllocateDR<KSInputDbData>(all);
+    }
+    EXPECT_EQ(rows.size(), 1U);
+    EXPECT_EQ(host.takeLog(), Lines{noMemory(0)});
+    db.freeRow(rows);
+}
+
 TEST(AllocationTest, AnIncompleteBatchOfLaunchesIsNotStored) {
     TestHost host(setupWithoutKnobs());
     KestrelStartsFeature feature(FeatureInfo{.featureName = "F"});

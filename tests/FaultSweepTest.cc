@@ -109,6 +109,7 @@ class FaultSweepTest : public FeatureTest, public testing::WithParamInterface<Op
         learning = launchOf(APP);
         counted = launchOf("com.counted");
         removal = eventOf(APP, 4164, 0);
+        learnedRemoval = eventOf("com.counted", 4164, 0);
         meter.mTriggerPayloads = {launchOf("com.measured")};
         meter.measuredDuration = 500;
         meters = {&meter};
@@ -124,7 +125,7 @@ class FaultSweepTest : public FeatureTest, public testing::WithParamInterface<Op
     }
 
     // What the host hands over: made before anything fails.
-    AsyncTriggerPayload learning, counted, removal;
+    AsyncTriggerPayload learning, counted, removal, learnedRemoval;
     LaunchMeter meter;
     std::vector<Meter*> meters;
     LMDBDataTable<KSInputDbData>::vecT stored;       // rows to delete
@@ -343,6 +344,8 @@ const Operation OPERATIONS[] = {
      [](auto& test) { test.mFeature.runAsync(std::move(test.counted)); }},
     {"Remove", true, false, false,
      [](auto& test) { test.mFeature.runAsync(std::move(test.removal)); }},
+    {"RemoveLearned", true, false, false,
+     [](auto& test) { test.mFeature.runAsync(std::move(test.learnedRemoval)); }},
     {"Measure", true, false, true,
      [](auto& test) { test.mFeature.mMetaMeter->writeToDataBase(std::move(test.meters)); }},
     {"Query", false, true, true,

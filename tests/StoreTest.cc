@@ -141,6 +141,21 @@ TEST_F(StoreTest, ARowThatTheTableRefusesIsDroppedAndTheOthersAreStored) {
     EXPECT_TRUE(db->clst.empty());
 }
 
+TEST_F(StoreTest, WithoutATransactionEachRowIsStoredByItself) {
+    auto db = open();
+    exec(*db, "BEGIN");
+    Rows rows = {newRow(*db, "a", 1)};
+    EXPECT_EQ(db->writeDeallocateDR<KSInputDbData>(rows), -1);
+    EXPECT_EQ(durations(*db), std::vector<int>{1});
+    EXPECT_EQ(mHost.takeLog(),
+              (Lines{"writeCachedDRToDisk() 271: sql:ERROR:Dbt=launches info=cannot start a "
+                     "transaction within a transaction",
+                     "writeCachedDRToDisk() 326: sql:ERROR:Dbt=launches info=cannot commit - no "
+                     "transaction is active",
+                     "writeCachedDRToDisk() 326: sql:ERROR:Dbt=launches info=cannot rollback - no "
+                     "transaction is active"}));
+}
+
 TEST_F(StoreTest, RowsThatCannotBeWrittenYetStayCached) {
     auto db = open();
     exec(*db, "DROP TABLE launches");
@@ -292,10 +307,15 @@ TEST_F(StoreTest, AMemoryDatabaseTouchesNoFile) {
 
 // Rights bind anybody but root, for whom another user stands in.
 TEST_F(StoreTest, AFileThatMayNotBeTouchedStaysAsItIs) {
+    using std::filesystem::permissions;
+    using std::filesystem::perms;
     write(*open(), {});
-    const auto file = mHost.databaseDirectory() / "test.db";
+    const auto directory = mHost.databaseDirectory();
+    const auto file = directory / "test.db";
     DatabaseFile(file).run("INSERT INTO launches VALUES (4225, 'a', NULL, x'0700000000000000')");
-    std::filesystem::permissions(std::filesystem::current_path(), std::filesystem::perms{0755});
+    for (const char* path : {".", "data", "data/vendor"}) {
+        permissions(path, perms{0755});
+    }
     const uid_t user = geteuid();
     const struct {
         unsigned rights;
@@ -315,8 +335,10 @@ TEST_F(StoreTest, AFileThatMayNotBeTouchedStaysAsItIs) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.rights);
-        std::filesystem::permissions(file, std::filesystem::perms{c.rights});
-        EXPECT_TRUE(user != 0 || seteuid(65534) == 0);
+        permissions(file, perms{c.rights});
+        permissions(directory, perms{0555});
+        ASSERT_TRUE(user != 0 || seteuid(65534) == 0);
+        const bool isReachable = access(directory.c_str(), X_OK) == 0;
         {
             InputDb db(0, "test.db", "launches");
             EXPECT_EQ(db.openLMdb(), LMDB_FAILURE);
@@ -324,8 +346,13 @@ TEST_F(StoreTest, AFileThatMayNotBeTouchedStaysAsItIs) {
             EXPECT_EQ(db.writeDeallocateDR<KSInputDbData>(rows), -1);
         }
         EXPECT_EQ(seteuid(user), 0);
+        permissions(directory, perms{0755});
+        if (!isReachable) {
+            GTEST_SKIP() << "temporary files are out of another user's reach";
+        }
         EXPECT_EQ(mHost.takeLog(), c.lines);
     }
+    permissions(file, perms{0644});
     EXPECT_EQ(durations(*open()), std::vector<int>{7});
 }
 
@@ -367,6 +394,18 @@ TEST_F(StoreTest, RowsOfADatabaseThatWasNeverOpenedAreLostAloud) {
     EXPECT_EQ(mHost.takeLog(),
               Lines{"LMDB: ~LMDBDataTable() 78: ERROR:Dbt=launches blstSz=0, clstSz=3"});
     EXPECT_TRUE(std::filesystem::is_empty(mHost.databaseDirectory()));
+}
+
+TEST_F(StoreTest, BoundedCopyTakesTheSmallerSize) {
+    unsigned char small[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+    unsigned char large[536];
+    std::memset(large, 0xEE, sizeof(large));
+    EXPECT_EQ(InputDb::LMDB_memscpy(large, sizeof(large), small, sizeof(small)), 8U);
+    EXPECT_EQ(large[7], 8);
+    EXPECT_EQ(large[8], 0xEE);
+    EXPECT_EQ(InputDb::LMDB_memscpy(small, sizeof(small), large + 8, 528), 8U);
+    EXPECT_EQ(small[7], 0xEE);
+    EXPECT_EQ(InputDb::LMDB_memscpy(small, 0, large, 8), 0U);
 }
 
 }  // namespace
