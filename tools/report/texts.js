@@ -1,0 +1,40 @@
+'use strict';
+
+// Numbers and times as the page shows them, and small tools. Ratios are numbers 0..1, durations and
+// times ms.
+
+const NOTHING = '–';
+const DAY_MS = 86400000;
+
+// Narrow blanks that no line breaks at, between thousands.
+const grouped = (n) => String(n).replace(/\B(?=(\d{3})+$)/g, '\u202f');
+const ms = (value) => grouped(Math.round(value));
+const percent = (ratio) => (ratio * 100).toFixed(1);
+
+// [DAYSd ]HH:MM:SS.mmm, as the input's clock says it.
+function timeText(t) {
+  if (t < 0) {
+    return `${t} ms`;
+  }
+  const two = (n) => String(Math.floor(n)).padStart(2, '0');
+  const rest = t % DAY_MS;
+  const clock = `${two(rest / 3600000)}:${two(rest / 60000 % 60)}:${two(rest / 1000 % 60)}` +
+      `.${String(rest % 1000).padStart(3, '0')}`;
+  return t < DAY_MS ? clock : `${Math.floor(t / DAY_MS)}d ${clock}`;
+}
+
+const TEXT_OF = {text: String, count: grouped, ms, percent, time: timeText};
+
+// ---- Small tools.
+
+const byId = (id) => document.getElementById(id);
+const valueAt = (object, key) => key.split('.').reduce((value, part) => value[part], object);
+const nameOf = (app) => app.app || '(no name)';
+const measuredOf = (app) => app.series.filter((launch) => launch.durationMs !== null);
+
+function add(parent, name, text = '', className = '') {
+  const element = parent.appendChild(document.createElement(name));
+  element.textContent = text;
+  element.className = className;
+  return element;
+}
