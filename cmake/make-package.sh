@@ -15,7 +15,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work" "$archive.new"' EXIT
 stage=$work/$name
 
-# Whose code is in the program or beside it.
+# Whose code is in the program or beside it; the installation adds those of the report's page.
 LICENCES=(libc++1-19 libc++abi1-19 libunwind-19 libsqlite3-0 libcli11-dev nlohmann-json3-dev)
 
 compiler=(clang++-19 -std=c++20 -stdlib=libc++)
@@ -52,7 +52,6 @@ for file in "$stage"/lib/*.so "$stage"/bin/*; do
 done
 (cd "$stage/lib" && llvm-objcopy-19 --add-gnu-debuglink=libkestrelstarts.so.debug libkestrelstarts.so)
 bundle "$stage"/bin/* "$stage"/lib/*.so
-mkdir "$stage/share/licences"
 for package in "${LICENCES[@]}"; do
     cp "$sysroot/usr/share/doc/$package/copyright" "$stage/share/licences/$package.txt"
 done

@@ -36,6 +36,5 @@ std::string elementText(const nlohmann::ordered_json& data) {
 void writeReportPage(std::ostream& out, const nlohmann::ordered_json& data) {
     const std::string_view page(reinterpret_cast<const char*>(PAGE), sizeof(PAGE));
     const std::size_t place = page.find(DATA_PLACE);
-    out << page.substr(0, place) << elementText(data)
-        << page.substr(place + DATA_PLACE.size());
+    out << page.substr(0, place) << elementText(data) << page.substr(place + DATA_PLACE.size());
 }

@@ -1,7 +1,7 @@
 'use strict';
 
-// The charts: SVG of the width that there is, coloured by the style alone. Every draw... function
-// clears what it draws into.
+// The charts: SVG of the width that there is, coloured by the style alone, so that it follows the
+// light, the dark and paper by itself.
 
 const ZOOMED_LAUNCHES = 200;
 const TIME_STEPS_MS = [1000, 10000, 60000, 600000, 3600000, 6 * 3600000, DAY_MS, 7 * DAY_MS];
@@ -66,14 +66,15 @@ const longestOf = (series) =>
 function verticalOf(longestMs, range) {
   const top = 1.1 * longestMs;
   const scale = d3.scaleSymlog().constant(100).domain([0, top]).range(range);
+  const factors = top < 1e7 ? [1, 2, 5] : [1];
   const ticks = [0];
   for (let unit = 100; unit <= top; unit *= 10) {
-    ticks.push(...[unit, 2 * unit, 5 * unit].filter((tick) => tick <= top));
+    ticks.push(...factors.map((factor) => factor * unit).filter((tick) => tick <= top));
   }
   return {scale, ticks};
 }
 
-// Stretches of launches in one phase other than learned: [phase, first, end).
+// Stretches of launches in one phase other than learned; they end before `end`.
 function stretchesOf(series) {
   const stretches = [];
   series.forEach(({phase}, i) => {
@@ -143,24 +144,33 @@ function drawAxes(svg, horizontal, vertical, x, y, byTime) {
   svg.append('text').attr('y', 12).text(byTime ? 'ms, by time' : 'ms, by number of launch');
 }
 
-// `series` begins with launch `first` of the app, whose longest duration is `longestMs`. Returns show(i), which marks launch i, and
-// nearest(x), the launch at x; both count from the app's first launch.
+function drawBoosts(svg, series, edges, y) {
+  const held = edges.map((x, i) => [x, y(series[Math.min(i, series.length - 1)].boostMs)]);
+  svg.append('path').attr('class', 'boost')
+      .attr('d', d3.line().curve(d3.curveStepAfter)(thinned(held)));
+}
+
+function drawMeasured(svg, width, series, middles, y) {
+  const points = series.map((launch, i) => [middles[i], y(launch.durationMs)])
+      .filter((point, i) => series[i].durationMs !== null);
+  svg.append('path').attr('class', 'dots').attr('stroke-width', points.length > width ? 3 : 5)
+      .attr('d', dotsPath(points));
+}
+
+// `series` begins with launch `first` of the app, whose longest duration is `longestMs`. Returns
+// show(i), which marks launch i, and nearest(x), the launch at x; both count from the app's first.
 function drawLaunches(svg, width, {series, marks, first, longestMs}, byTime) {
   const height = 300;
-  const [horizontal, vertical] = [[52, width - 26], [height - 24, 36]];
-  const {scale, middles, edges, at} = horizontalOf({series, first}, horizontal, byTime);
+  const vertical = [height - 24, 36];
   const y = verticalOf(longestMs, vertical);
+  const horizontal = [7 * grouped(y.ticks[y.ticks.length - 1]).length + 14, width - 26];
+  const {scale, middles, edges, at} = horizontalOf({series, first}, horizontal, byTime);
   clear(svg, width, height);
   drawPhases(svg, series, edges, vertical);
   drawAxes(svg, horizontal, vertical, scale, y, byTime);
   drawMarks(svg, marks, at, vertical);
-  const held = edges.map((x, i) => [x, y.scale(series[Math.min(i, series.length - 1)].boostMs)]);
-  svg.append('path').attr('class', 'boost')
-      .attr('d', d3.line().curve(d3.curveStepAfter)(thinned(held)));
-  const points = series.map((launch, i) => [middles[i], y.scale(launch.durationMs)])
-      .filter((point, i) => series[i].durationMs !== null);
-  svg.append('path').attr('class', 'dots').attr('stroke-width', points.length > width ? 3 : 5)
-      .attr('d', dotsPath(points));
+  drawBoosts(svg, series, edges, y.scale);
+  drawMeasured(svg, width, series, middles, y.scale);
   const chosen = svg.append('path').attr('class', 'chosen');
   return {
     show: (i) => chosen.attr('d', `M${middles[i - first]},${vertical[0]}V${vertical[1]}`),
@@ -168,14 +178,17 @@ function drawLaunches(svg, width, {series, marks, first, longestMs}, byTime) {
   };
 }
 
-function drawBars(svg, width, key, textOf) {
+const classOf = ({id}) => ({kestrel: 'kestrel', kestrelLearning: 'part', kestrelLearned: 'part',
+                            ideal: 'ideal'})[id] || '';
+
+function drawBars(svg, width, policies, key, textOf) {
   const rowHeight = 38;
-  const values = report.policies.map((policy) => valueAt(policy, key));
+  const values = policies.map((policy) => valueAt(policy, key));
   const texts = values.map((value) => value === null ? NOTHING : textOf(value));
   const textWidth = 8 * d3.max(texts, (text) => text.length) + 10;
   const x = d3.scaleLinear().domain([0, d3.max(values) || 1]).range([0, width - textWidth]);
   clear(svg, width, rowHeight * values.length);
-  const rows = svg.selectAll('g').data(report.policies).join('g')
+  const rows = svg.selectAll('g').data(policies).join('g')
       .attr('transform', (policy, i) => `translate(1,${i * rowHeight})`);
   rows.append('text').attr('y', 13).attr('class', classOf).text((policy) => policy.name);
   rows.append('rect').attr('class', (policy) => `bar ${classOf(policy)}`).attr('y', 18)

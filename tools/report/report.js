@@ -102,9 +102,6 @@ function verdict() {
 
 // ---- The comparison of the policies.
 
-const classOf = ({id}) => ({kestrel: 'kestrel', kestrelLearning: 'part', kestrelLearned: 'part',
-                            ideal: 'ideal'})[id] || '';
-
 function fillPolicies() {
   const columns = columnsOf(byId('policies'));
   for (const policy of report.policies) {
@@ -118,7 +115,7 @@ function fillPolicies() {
     add(figure, 'figcaption', title);
     const svg = d3.select(figure).append('svg').attr('role', 'img')
         .attr('aria-label', `Bars: ${title}. The table below has the numbers.`);
-    whenSized(figure, (width) => drawBars(svg, width, key, text));
+    whenSized(figure, (width) => drawBars(svg, width, report.policies, key, text));
   }
 }
 
@@ -152,43 +149,51 @@ function launchText(launch, i) {
       `launch ${or(launch.requestedMs)} asked for)`;
 }
 
-// Connects the chart with the slider that reads one launch of it, and draws it whenever it must.
-function connectChart(panel, app) {
-  const [slider, zoom] = panel.querySelectorAll('.reader input');
-  const svg = d3.select(panel.querySelector('figure > svg'));
-  const whole = {...app, first: 0, longestMs: longestOf(app.series)};
-  let chart;
-  let reading = false;
-  slider.max = app.series.length;
-  slider.value = 1;
-  panel.querySelector('.zoom').hidden = app.series.length <= 2 * ZOOMED_LAUNCHES;
-  const draw = (width = Number(svg.attr('width'))) => {
-    const part = zoom.checked ? partAround(whole, slider.value - 1) : whole;
-    chart = drawLaunches(svg, width, part, byId('axis').value === 'time');
-    if (reading) {
-      chart.show(slider.value - 1);
-    }
-  };
-  const show = () => {
-    reading = true;
-    const text = launchText(app.series[slider.value - 1], slider.value - 1);
-    panel.querySelector('output').textContent = text;
-    slider.setAttribute('aria-valuetext', text);
-    chart.show(slider.value - 1);
-  };
-  slider.addEventListener('input', () => {
-    if (zoom.checked) {
+// An app's chart, and the slider that reads one launch of it.
+class LaunchChart {
+  constructor(panel, app) {
+    [this.slider, this.zoom] = panel.querySelectorAll('.reader input');
+    this.output = panel.querySelector('output');
+    this.svg = d3.select(panel.querySelector('figure > svg'));
+    this.app = {...app, first: 0, longestMs: longestOf(app.series)};
+    this.reading = false;
+    this.slider.max = app.series.length;
+    this.slider.value = 1;
+    panel.querySelector('.zoom').hidden = app.series.length <= 2 * ZOOMED_LAUNCHES;
+    this.listen();
+    whenSized(panel.querySelector('figure'), (width) => this.draw(width));
+  }
+
+  listen() {
+    const draw = () => this.draw(Number(this.svg.attr('width')));
+    this.zoom.addEventListener('change', draw);
+    byId('axis').addEventListener('change', draw);
+    this.slider.addEventListener('input', () => {
+      this.read();
       draw();
+    });
+    this.svg.on('pointerdown pointermove', () => {
+      const left = this.svg.node().getBoundingClientRect().left;
+      this.slider.value = this.drawn.nearest(d3.event.clientX - left) + 1;
+      this.read();
+      this.drawn.show(this.slider.value - 1);  // where it is: another part would run away
+    });
+  }
+
+  draw(width) {
+    const part = this.zoom.checked ? partAround(this.app, this.slider.value - 1) : this.app;
+    this.drawn = drawLaunches(this.svg, width, part, byId('axis').value === 'time');
+    if (this.reading) {
+      this.drawn.show(this.slider.value - 1);
     }
-    show();
-  });
-  zoom.addEventListener('change', () => draw());
-  svg.on('pointermove', () => {
-    slider.value = chart.nearest(d3.event.clientX - svg.node().getBoundingClientRect().left) + 1;
-    show();
-  });
-  whenSized(panel.querySelector('figure'), draw);
-  byId('axis').addEventListener('change', () => draw());
+  }
+
+  read() {
+    const i = this.slider.value - 1;
+    this.reading = true;
+    this.output.textContent = launchText(this.app.series[i], i);
+    this.slider.setAttribute('aria-valuetext', this.output.textContent);
+  }
 }
 
 function fillRows(details, app) {
@@ -213,14 +218,14 @@ function fillPanel(panel, app) {
       'aria-label', `Chart: the launches of ${nameOf(app)}, described in the text below`);
   panel.querySelector('figcaption').textContent = describe(app);
   fillRows(panel.querySelector('.rows'), app);
-  connectChart(panel, app);
+  new LaunchChart(panel, app);
 }
 
 function addPanel(app, i) {
   const panel = add(byId('panels'), 'details', '', 'panel');
   panel.id = `app-${i + 1}`;
   const summary = add(panel, 'summary');
-  add(summary, 'b', nameOf(app));
+  add(summary, 'h3', nameOf(app));
   add(summary, 'span', `${app.state}${app.learnedMs === null ? '' : ` ${ms(app.learnedMs)} ms`}, ` +
       `${grouped(app.measured)} of ${grouped(app.launches)} launches measured`);
   panel.addEventListener('toggle', () => fillPanel(panel, app), {once: true});
@@ -264,6 +269,7 @@ function fillApps() {
     linkTo(panel, row, nameOf(app));
     return {app, row, panel};
   });
+  columns[0].cell.setAttribute('aria-sort', 'ascending');  // as the data are
   makeSortable(columns, (compare) => {
     entries.sort((a, b) => compare(a.app, b.app));
     byId('apps').tBodies[0].append(...entries.map(({row}) => row));

@@ -1,0 +1,182 @@
+// The report's page as a browser shows it.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tools/ReportPage.h"
+#include "tools/TemporaryDirectory.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const std::string HOSTILE = "</script><script>alert(1)</script><!--<b>&amp;";
+
+Json numbers(int launches, int boostedMs) {
+    return {{"launches", launches},
+            {"coverage", {{"p10", 0.41}, {"p50", 1.0}, {"mean", 0.9349}}},
+            {"fullyCovered", 700},
+            {"wastedMs", {{"p50", 120}, {"p90", 1234567}, {"mean", 310.6}}},
+            {"boostedMs", boostedMs}};
+}
+
+Json policy(const char* id, const char* name, const Json& policyNumbers) {
+    Json result{{"id", id}, {"name", name}};
+    result.update(policyNumbers);
+    return result;
+}
+
+Json nothing() {
+    return {{"launches", 0},
+            {"coverage", {{"p10", nullptr}, {"p50", nullptr}, {"mean", nullptr}}},
+            {"fullyCovered", 0},
+            {"wastedMs", {{"p50", nullptr}, {"p90", nullptr}, {"mean", nullptr}}},
+            {"boostedMs", 0}};
+}
+
+Json launch(int64_t t, Json durationMs, int boostMs, const char* phase) {
+    return {{"t", t},
+            {"durationMs", std::move(durationMs)},
+            {"boostMs", boostMs},
+            {"requestedMs", 15000},
+            {"defaultMs", nullptr},
+            {"phase", phase}};
+}
+
+Json app(const std::string& name) {
+    return {{"app", name},
+            {"state", "learned"},
+            {"learnedMs", 1350},
+            {"launches", 3},
+            {"measured", 2},
+            {"kestrel", numbers(2, 16350)},
+            {"fixed5000", numbers(2, 10000)},
+            {"series",
+             {launch(86399999, 2329, 15000, "learning"), launch(86400000, nullptr, 0, "disabled"),
+              launch(28215908388, 0, 1350, "learned")}},
+            {"marks",
+             {{{"t", 86400000}, {"kind", "disabled"}},
+              {{"t", 28215908388}, {"kind", "learned"}, {"durationMs", 1350}}}}};
+}
+
+Json report() {
+    return {{"title", "launches" + HOSTILE + ".log"},
+            {"version", "1.0"},
+            {"summary",
+             {{"apps", 2},
+              {"launches", 1240},
+              {"measured", 1100},
+              {"passedOver", 3},
+              {"learnedApps", 2},
+              {"disabledApps", 0},
+              {"firstT", 86399999},
+              {"lastT", 28215908388}}},
+            {"policies",
+             {policy("fixed5000", "5000 ms for all", numbers(1100, 5500000)),
+              policy("kestrel", "KestrelStarts", numbers(1100, 2200000)),
+              policy("kestrelLearning", "KestrelStarts, while learning", nothing())}},
+            {"apps", {app("com.a\xff" + HOSTILE), app("com.b")}}};
+}
+
+std::string read(const std::filesystem::path& path) {
+    std::ostringstream content;
+    content << std::ifstream(path, std::ios::binary).rdbuf();
+    return content.str();
+}
+
+// The texts of a document, one a line; narrow blanks become "'".
+std::string textsOf(std::string_view document) {
+    std::string texts;
+    while (!document.empty()) {
+        const std::size_t tag = document.find('<');
+        if (document.find_first_not_of(" \n") < tag) {
+            texts += '\n' + std::string(document.substr(0, tag));
+        }
+        const std::size_t end = document.find('>', std::min(tag, document.size()));
+        document.remove_prefix(std::min(end, document.size() - 1) + 1);
+    }
+    constexpr std::string_view NARROW_BLANK = "\u202f";
+    for (std::size_t at = 0; (at = texts.find(NARROW_BLANK, at)) != std::string::npos;) {
+        texts.replace(at, NARROW_BLANK.size(), "'");
+    }
+    return texts + '\n';
+}
+
+std::size_t count(std::string_view text, std::string_view part) {
+    std::size_t found = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string_view::npos; ++at) {
+        ++found;
+    }
+    return found;
+}
+
+class ReportPageTest : public testing::Test {
+ protected:
+    // Opens the page and returns its document after all scripts have run. What the browser's
+    // console tells is a failure.
+    std::string open(const Json& data) {
+        std::ofstream page(mDirectory.path() / "report.html", std::ios::binary);
+        writeReportPage(page, data);
+        page.close();
+        const std::string command =
+            "cd '" + mDirectory.path().string() +
+            "' && HOME=$PWD XDG_RUNTIME_DIR=$PWD chromium --headless --no-sandbox --disable-gpu"
+            " --disable-dev-shm-usage --user-data-dir=profile --virtual-time-budget=10000"
+            " --enable-logging=stderr --dump-dom \"file://$PWD/report.html\" >document 2>log";
+        EXPECT_EQ(std::system(command.c_str()), 0) << read(mDirectory.path() / "log");
+        const std::string log = read(mDirectory.path() / "log");
+        EXPECT_EQ(log.find("CONSOLE"), std::string::npos) << log;
+        return read(mDirectory.path() / "document");
+    }
+
+    TemporaryDirectory mDirectory;
+};
+
+TEST_F(ReportPageTest, ShowsTheNumbersAndChartsOfItsData) {
+    const std::string document = open(report());
+    const std::string texts = textsOf(document.substr(document.find("<body")));
+    const char* expected[] = {
+        "\nlaunches\n1'240\n",
+        "Over 1'100 measured launches KestrelStarts boosted 2'200'000 ms",
+        "\n5000 ms for all\n1'100\n41.0\n100.0\n93.5\n700\n120\n1'234'567\n311\n5'500'000\n",
+        "\nKestrelStarts, while learning\n0\n–\n–\n–\n0\n–\n–\n–\n0\n",
+        "\ncom.b\nlearned\n1'350\n3\n2\n93.5\n93.5\n311\n311\n16'350\n10'000\n",
+        "\nlearned 1'350 ms, 2 of 3 launches measured\n",
+        "Time to the first frame: 0 to 2'329 ms, median 1'165 ms. Boost held: 0 to 15'000 ms",
+        "Changes: disabled at 1d 00:00:00.000; learned 1'350 ms at 326d 13:45:08.388.",
+        "23:59:59.999 to 326d 13:45:08.388",
+    };
+    for (const char* text : expected) {
+        EXPECT_NE(texts.find(text), std::string::npos) << text << "\n in" << texts;
+    }
+    // Bars of each policy in three charts, and a chart for each app.
+    EXPECT_EQ(count(document, "<rect class=\"bar"), 9U);
+    EXPECT_EQ(count(document, "<path class=\"dots\" stroke-width=\"5\" d=\"M"), 2U);
+}
+
+TEST_F(ReportPageTest, ForeignTextsStayTexts) {
+    const std::string document = open(report());
+    EXPECT_NE(document.find("\">com.a\ufffd&lt;/script&gt;&lt;script&gt;alert(1)&lt;/script&gt;"
+                            "&lt;!--&lt;b&gt;&amp;amp;</a>"),
+              std::string::npos);
+    EXPECT_EQ(document.find("<b>&"), std::string::npos);
+    // The data, and the two scripts of the page.
+    EXPECT_EQ(count(document, "</script>"), 3U);
+}
+
+TEST_F(ReportPageTest, SaysThatThereAreNoLaunches) {
+    Json data = report();
+    data["summary"]["launches"] = 0;
+    data["apps"] = Json::array();
+    const std::string document = open(data);
+    EXPECT_NE(textsOf(document).find("\nNo launches.\n"), std::string::npos);
+    EXPECT_NE(document.find("class=\"needs-launches\" hidden"), std::string::npos);
+}
+
+}  // namespace
