@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
-#include <vector>
+#include <string_view>
+#include <utility>
 
 #include "tools/ReportPage.h"
 #include "tools/TemporaryDirectory.h"

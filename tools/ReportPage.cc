@@ -8,7 +8,7 @@ namespace {
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wc23-extensions"  // #embed
 constexpr unsigned char PAGE[] = {
-#embed <report.html>
+#embed "report.html"
 };
 #pragma clang diagnostic pop
 

@@ -10,9 +10,7 @@ folder=$(dirname "${BASH_SOURCE[0]}")
 library=
 while [ $# -gt 0 ]; do
     terms=$(<"$2")
-    # Neither ends the comment that holds it, nor the element.
-    terms=${terms//'*/'/'* /'}
-    library+=$'\n'"/*"$'\n'"${terms//<\//< /}"$'\n'"*/"$'\n'"$(<"$1")"
+    library+="/*"$'\n'"${terms//'*/'/'* /'}"$'\n'"*/"$'\n'"$(<"$1")"$'\n'
     shift 2
 done
 script=$(cat "$folder/texts.js" "$folder/charts.js" "$folder/report.js")
