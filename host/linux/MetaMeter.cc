@@ -1,12 +1,11 @@
 #include "host/MetaMeter.h"
 
-#include <algorithm>
 #include <cmath>
-#include <limits>
 #include <string_view>
 #include <utility>
 
 #include "host/KestrelStartsHints.h"
+#include "host/linux/Elapsed.h"
 #include "host/linux/HostRuntime.h"
 #include "host/linux/MeterRuns.h"
 
@@ -14,13 +13,6 @@ namespace {
 
 std::string_view packageOf(std::string_view app) {
     return app.substr(0, app.find('/'));
-}
-
-// A launch takes no longer than a duration can say; the clock never goes back.
-int32_t elapsedMs(int64_t from, int64_t to) {
-    const uint64_t elapsed = static_cast<uint64_t>(to) - static_cast<uint64_t>(from);
-    constexpr uint64_t LONGEST = std::numeric_limits<int32_t>::max();
-    return static_cast<int32_t>(std::min(elapsed, LONGEST));
 }
 
 }  // namespace
