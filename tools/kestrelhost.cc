@@ -2,7 +2,10 @@
 
 #include <CLI/CLI.hpp>
 #include <exception>
+#include <functional>
 #include <iostream>
+#include <utility>
+#include <vector>
 
 #include "tools/Import.h"
 #include "tools/InputError.h"
@@ -21,6 +24,8 @@ constexpr const char* HOST_HELP = "The host's set-up, {\"host\": {...}}";
 const CLI::Validator NAME(
     [](const std::string& name) { return name.empty() ? "the name is empty" : ""; }, "");
 
+// The one definition of the command line: a function per subcommand, which says its options and
+// what to run, and one per option that several subcommands have.
 class CommandLine {
  public:
     CommandLine() {
@@ -41,50 +46,67 @@ class CommandLine {
     }
     int exit(const CLI::ParseError& error) { return mApp.exit(error); }
 
-    void run() {
-        if (mApp.got_subcommand("replay")) {
-            replay(mReplay);
-        } else {
-            importLogs(mLogs, mReplay.hostFile);
+    void run() const {
+        for (const auto& [command, run] : mRuns) {
+            if (command->parsed()) {
+                run();
+            }
         }
     }
 
  private:
     void addReplay() {
-        CLI::App* command = mApp.add_subcommand("replay", "Deliver logged launches to the plug-in");
-        command->add_option("INPUT", mReplay.inputs, "Event traces or Android logs; - is stdin")
-            ->required()
-            ->type_name("");
-        command
-            ->add_option("--root", mReplay.root, "What the plug-in sees as / (default: not kept)")
-            ->type_name("DIR")
-            ->check(NAME);
-        addHost(*command);
-        command->add_flag("--json", mReplay.json, "Print the record stream, as JSON Lines");
-        command->add_flag("--log", mReplay.showLog, "Show every line that the plug-in logs");
-        command->add_flag("--sync,!--no-sync", mReplay.sync,
-                          "Let the databases flush to the disk (default)");
-        command->footer(
+        CLI::App& command =
+            add("replay", "Deliver logged launches to the plug-in", [this] { replay(mReplay); });
+        addInputs(command, mReplay.inputs);
+        addRoot(command, mReplay.root, "What the plug-in sees as / (default: not kept)");
+        addHost(command, mReplay.hostFile);
+        command.add_flag("--json", mReplay.json, "Print the record stream, as JSON Lines");
+        command.add_flag("--log", mReplay.showLog, "Show every line that the plug-in logs");
+        command.add_flag("--sync,!--no-sync", mReplay.sync,
+                         "Let the databases flush to the disk (default)");
+        command.footer(
             "Examples:\n"
             "  kestrelhost replay --root learned launches.log\n"
             "  adb logcat -b main,system,events | kestrelhost replay -");
     }
 
     void addImport() {
-        CLI::App* command = mApp.add_subcommand("import", "Print Android logs as an event trace");
-        command->add_option("LOG", mLogs, "Android logs; - is stdin")->required()->type_name("");
-        addHost(*command);
-        command->footer("Example:\n  kestrelhost import launches.log > launches.jsonl");
+        CLI::App& command = add("import", "Print Android logs as an event trace",
+                                [this] { importLogs(mLogs, mImportHostFile); });
+        command.add_option("LOG", mLogs, "Android logs; - is stdin")->required()->type_name("");
+        addHost(command, mImportHostFile);
+        command.footer("Example:\n  kestrelhost import launches.log > launches.jsonl");
     }
 
-    void addHost(CLI::App& command) {
-        command.add_option("--host", mReplay.hostFile, HOST_HELP)->type_name("FILE")->check(NAME);
+    // `run` does what the subcommand is for, once the whole line has been parsed.
+    CLI::App& add(const char* name, const char* description, std::function<void()> run) {
+        CLI::App* command = mApp.add_subcommand(name, description);
+        mRuns.emplace_back(command, std::move(run));
+        return *command;
+    }
+
+    static void addInputs(CLI::App& command, std::vector<std::string>& inputs) {
+        command.add_option("INPUT", inputs, "Event traces or Android logs; - is stdin")
+            ->required()
+            ->type_name("");
+    }
+
+    static CLI::Option* addRoot(CLI::App& command, std::optional<std::string>& root,
+                                const char* description) {
+        return command.add_option("--root", root, description)->type_name("DIR")->check(NAME);
+    }
+
+    static void addHost(CLI::App& command, std::optional<std::string>& file) {
+        command.add_option("--host", file, HOST_HELP)->type_name("FILE")->check(NAME);
     }
 
     CLI::App mApp{"Runs the KestrelStarts plug-in on Linux, on the launches of a device's log.",
                   "kestrelhost"};
+    std::vector<std::pair<CLI::App*, std::function<void()>>> mRuns;  // the subcommands are mApp's
     ReplayOptions mReplay;
     std::vector<std::string> mLogs;
+    std::optional<std::string> mImportHostFile;
 };
 
 }  // namespace
