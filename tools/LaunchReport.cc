@@ -6,19 +6,16 @@
 
 #include "host/AppState.h"
 #include "host/KestrelStartsHints.h"
+#include "tools/ReportText.h"
 #include "tools/TerminalText.h"
 
 namespace {
 
-constexpr std::size_t LINE_WIDTH = 80;
 constexpr std::size_t TIME_WIDTH = 19;
-constexpr std::size_t APP_WIDTH = 30;
-constexpr std::size_t STATE_WIDTH = 8;
 constexpr std::size_t BOOST_WIDTH = 8;
 constexpr std::size_t COUNT_WIDTH = 9;
 constexpr std::size_t LEARNED_WIDTH = 12;
 constexpr std::size_t SINCE_WIDTH = 7;
-constexpr std::string_view GAP = "  ";
 
 // What the plug-in logs while all is well.
 constexpr std::array<std::string_view, 8> ROUTINE_LINES = {
@@ -36,19 +33,6 @@ bool isRoutine(std::string_view text) {
     return false;
 }
 
-std::string stateText(int32_t state) {
-    switch (state) {
-        case APP_STATE_LEARNING:
-            return "learning";
-        case APP_STATE_LEARNED:
-            return "learned";
-        case APP_STATE_DISABLED:
-            return "disabled";
-        default:
-            return "state " + std::to_string(state);
-    }
-}
-
 // [DAYSd ]HH:MM:SS.mmm, as the input's clock says it.
 std::string timeText(int64_t t) {
     if (t < 0) {
@@ -61,19 +45,6 @@ std::string timeText(int64_t t) {
                   static_cast<int>(ms / 60000 % 60), static_cast<int>(ms / 1000 % 60),
                   static_cast<int>(ms % 1000));
     return t < DAY_MS ? text.data() : std::to_string(t / DAY_MS) + "d " + text.data();
-}
-
-std::string right(const std::string& text, std::size_t width) {
-    return std::string(width - std::min(width, text.size()), ' ') + text;
-}
-
-// A long name loses its beginning, which packages have in common.
-std::string appText(const std::string& app) {
-    return padded(endWithin(printable(app), APP_WIDTH), APP_WIDTH);
-}
-
-std::string numberText(std::optional<int32_t> number) {
-    return number ? std::to_string(*number) : "-";
 }
 
 std::string beginning(int64_t t, const std::string& app) {
