@@ -11,7 +11,9 @@
 #include "tools/JsonRecords.h"
 #include "tools/LaunchReport.h"
 #include "tools/LearnedApps.h"
+#include "tools/OutputFile.h"
 #include "tools/TemporaryDirectory.h"
+#include "tools/TraceEventFile.h"
 
 namespace {
 
@@ -62,12 +64,24 @@ std::unique_ptr<LifeWatcher> makePrinter(const ReplayOptions& options, std::ostr
 void replay(const ReplayOptions& options) {
     InputSequence inputs(options.inputs, options.hostFile, InputKinds::tracesAndLogs);
     catchInterruptions();  // so far there is nothing to put in order
+    std::optional<OutputFile> traceFile;
+    std::optional<TraceEventFile> trace;
+    if (options.traceOut) {
+        trace.emplace(traceFile.emplace(*options.traceOut, options.inputs, options.hostFile).out());
+    }
     std::optional<TemporaryDirectory> temporary;
     const std::filesystem::path root =
         options.root ? std::filesystem::path(*options.root) : temporary.emplace().path();
     std::ostringstream text;
     const std::unique_ptr<LifeWatcher> printer = makePrinter(options, text);
-    playLife(inputs, {.root = root, .sync = options.sync}, {printer.get()}, text);
+    std::vector<LifeWatcher*> watchers = {printer.get()};
+    if (trace) {
+        watchers.push_back(&*trace);
+    }
+    playLife(inputs, {.root = root, .sync = options.sync}, watchers, text);
+    if (traceFile) {
+        traceFile->close();
+    }
 }
 
 std::string readFeatureVersion() {

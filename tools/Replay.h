@@ -12,6 +12,7 @@ struct ReplayOptions {
     bool json = false;                    // the record stream instead of text for people
     bool sync = true;
     bool showLog = false;
+    std::optional<std::string> traceOut;  // a file for the Trace Event Format
 };
 
 // Plays the inputs in one life of the host, up to their end or an interruption. Throws InputError

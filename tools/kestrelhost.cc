@@ -65,6 +65,11 @@ class CommandLine {
         command.add_flag("--log", mReplay.showLog, "Show every line that the plug-in logs");
         command.add_flag("--sync,!--no-sync", mReplay.sync,
                          "Let the databases flush to the disk (default)");
+        command
+            .add_option("--trace-out", mReplay.traceOut,
+                        "Write what happens in the Trace Event Format, for trace viewers")
+            ->type_name("FILE")
+            ->check(NAME);
         command.footer(
             "Examples:\n"
             "  kestrelhost replay --root learned launches.log\n"
