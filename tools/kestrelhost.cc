@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/Evaluate.h"
 #include "tools/Import.h"
 #include "tools/InputError.h"
 #include "tools/Interruption.h"
@@ -36,6 +37,7 @@ class CommandLine {
             "Print the version of the feature that is loaded");
         addReplay();
         addImport();
+        addEvaluate();
     }
 
     void parse(int argc, char** argv) {
@@ -84,6 +86,17 @@ class CommandLine {
         command.footer("Example:\n  kestrelhost import launches.log > launches.jsonl");
     }
 
+    void addEvaluate() {
+        CLI::App& command = add("evaluate", "Compare ways to boost on the same launches",
+                                [this] { evaluate(mEvaluate); });
+        addInputs(command, mEvaluate.inputs);
+        addHost(command, mEvaluate.hostFile);
+        command.add_flag("--json", mEvaluate.json, "Print one JSON object");
+        command.footer(
+            "Replays the inputs once, as replay does without --root; nothing is kept.\n\n"
+            "Example:\n  kestrelhost evaluate launches.log");
+    }
+
     // `run` does what the subcommand is for, once the whole line has been parsed.
     CLI::App& add(const char* name, const char* description, std::function<void()> run) {
         CLI::App* command = mApp.add_subcommand(name, description);
@@ -110,6 +123,7 @@ class CommandLine {
                   "kestrelhost"};
     std::vector<std::pair<CLI::App*, std::function<void()>>> mRuns;  // the subcommands are mApp's
     ReplayOptions mReplay;
+    EvaluateOptions mEvaluate;
     std::vector<std::string> mLogs;
     std::optional<std::string> mImportHostFile;
 };
