@@ -9,6 +9,8 @@
 #include "tools/HostLife.h"
 #include "tools/Input.h"
 #include "tools/Interruption.h"
+#include "tools/OutputFile.h"
+#include "tools/ReportPage.h"
 #include "tools/TemporaryDirectory.h"
 
 namespace {
@@ -53,5 +55,16 @@ void evaluate(const EvaluateOptions& options) {
         text << toJson(evaluation, options.inputs, EvaluationDetail::numbers)
                     .dump(-1, ' ', false, Json::error_handler_t::replace)
              << '\n';
+    });
+}
+
+void writeReport(const EvaluateOptions& options) {
+    InputSequence inputs = openInputs(options);
+    OutputFile page(options.out, options.inputs, options.hostFile);
+    Evaluation evaluation;
+    std::ostringstream text;
+    play(inputs, evaluation, text, [&] {
+        writeReportPage(page.out(), toJson(evaluation, options.inputs, EvaluationDetail::launches));
+        page.close();
     });
 }

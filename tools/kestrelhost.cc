@@ -38,6 +38,7 @@ class CommandLine {
         addReplay();
         addImport();
         addEvaluate();
+        addReport();
     }
 
     void parse(int argc, char** argv) {
@@ -95,6 +96,20 @@ class CommandLine {
         command.footer(
             "Replays the inputs once, as replay does without --root; nothing is kept.\n\n"
             "Example:\n  kestrelhost evaluate launches.log");
+    }
+
+    void addReport() {
+        CLI::App& command = add("report", "Write a page that shows launches and their boosts",
+                                [this] { writeReport(mEvaluate); });
+        addInputs(command, mEvaluate.inputs);
+        addHost(command, mEvaluate.hostFile);
+        command.add_option("--out", mEvaluate.out, "The page, which needs no other file")
+            ->required()
+            ->type_name("FILE")
+            ->check(NAME);
+        command.footer(
+            "Replays the inputs once, as replay does without --root; nothing is kept.\n\n"
+            "Example:\n  kestrelhost report --out launches.html launches.log");
     }
 
     // `run` does what the subcommand is for, once the whole line has been parsed.
