@@ -1,0 +1,262 @@
+// What evaluate, report and --trace-out tell of a replay, against the record stream of the same
+// replay: everything that is expected is found here by searching the stream's text.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <set>
+#include <sstream>
+
+#include "tests/support/ProgramRun.h"
+#include "tests/support/RecordStream.h"
+#include "tools/EvaluationData.h"
+#include "tools/HostLife.h"
+#include "tools/Input.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+// The smallest value that at least `percent` % of the values do not exceed.
+template <class Value>
+Value percentile(const std::vector<Value>& values, std::size_t percent) {
+    std::vector<Value> candidates;
+    for (const Value& v : values) {
+        const auto notAbove = std::count_if(values.begin(), values.end(),
+                                            [&](const Value& other) { return other <= v; });
+        if (static_cast<std::size_t>(notAbove) * 100 >= percent * values.size()) {
+            candidates.push_back(v);
+        }
+    }
+    return *std::min_element(candidates.begin(), candidates.end());
+}
+
+// The numbers of one policy; `boostOf` gives the boost of a launch, or -1 to leave it out.
+template <class BoostOf>
+Json numbersOf(const std::vector<RecordStream::Launch>& launches, BoostOf boostOf) {
+    std::vector<double> coverage;
+    std::vector<int64_t> wasted;
+    double coverageSum = 0;
+    int64_t wastedSum = 0;
+    int64_t boosted = 0;
+    for (const auto& launch : launches) {
+        const int64_t boost = launch.durationMs.is_null() ? -1 : boostOf(launch);
+        if (boost < 0) {
+            continue;
+        }
+        const auto d = launch.durationMs.get<int64_t>();
+        const int64_t covered = boost < d ? boost : d;
+        coverage.push_back(d == 0 ? 1.0 : static_cast<double>(covered) / static_cast<double>(d));
+        wasted.push_back(boost - covered);
+        coverageSum += coverage.back();
+        wastedSum += wasted.back();
+        boosted += boost;
+    }
+    if (coverage.empty()) {
+        return {{"launches", 0},
+                {"coverage", {{"p10", nullptr}, {"p50", nullptr}, {"mean", nullptr}}},
+                {"fullyCovered", 0},
+                {"wastedMs", {{"p50", nullptr}, {"p90", nullptr}, {"mean", nullptr}}},
+                {"boostedMs", 0}};
+    }
+    const auto n = static_cast<double>(coverage.size());
+    return {{"launches", coverage.size()},
+            {"coverage",
+             {{"p10", percentile(coverage, 10)},
+              {"p50", percentile(coverage, 50)},
+              {"mean", coverageSum / n}}},
+            {"fullyCovered", std::count(coverage.begin(), coverage.end(), 1.0)},
+            {"wastedMs",
+             {{"p50", percentile(wasted, 50)},
+              {"p90", percentile(wasted, 90)},
+              {"mean", static_cast<double>(wastedSum) / n}}},
+            {"boostedMs", boosted}};
+}
+
+Json expectedPolicies(const std::vector<RecordStream::Launch>& launches) {
+    using L = RecordStream::Launch;
+    const auto fixed = [](int64_t ms) {
+        return [ms](const L& l) { return std::min(ms, l.untilNextMs); };
+    };
+    return {{"fixed2000", numbersOf(launches, fixed(2000))},
+            {"fixed5000", numbersOf(launches, fixed(5000))},
+            {"fixed15000", numbersOf(launches, fixed(15000))},
+            {"kestrel", numbersOf(launches, [](const L& l) { return l.boostMs; })},
+            {"kestrelLearning",
+             numbersOf(launches, [](const L& l) { return l.state < 4 ? l.boostMs : -1; })},
+            {"kestrelLearned",
+             numbersOf(launches, [](const L& l) { return l.state == 4 ? l.boostMs : -1; })},
+            {"ideal", numbersOf(launches, [](const L& l) { return l.durationMs.get<int64_t>(); })}};
+}
+
+// Three apps, a launcher and an ignored app, in any order; many things at the same time.
+std::string randomTrace(unsigned seed) {
+    std::mt19937 random(seed);
+    const auto below = [&](std::size_t n) { return random() % n; };
+    const std::vector<std::string> apps = {"com.a/.Main",           "com.b",       "com.c", "com.a",
+                                           "com.android.launcher3", "com.keyboard"};
+    const std::vector<std::string> kinds = {R"(4225,"hintType":1)",
+                                            R"(4225,"hintType":1,"launchType":2)",
+                                            "4103",
+                                            "4103",
+                                            "4097",
+                                            "4160",
+                                            R"(1,"hintType":103)"};
+    const std::string REMOVAL = "4164";
+    std::string trace = R"({"host":{"ignoredApps":["com.keyboard"],"properties":{)"
+                        R"("ro.vendor.perf.kap":"true","ro.vendor.perf.kgm":"true",)"
+                        R"("ro.vendor.perf.attach.hint.ks":"true","ro.vendor.perf.kplh":"true"}}})"
+                        "\n";
+    int64_t t = 0;
+    for (int i = 0; i < 800; ++i) {
+        t += below(3) == 0 ? 0 : below(below(4) == 0 ? 20000 : 900);
+        const std::string& kind = i % 300 == 299 ? REMOVAL : kinds[below(kinds.size())];
+        trace += "{\"t\":" + std::to_string(t) + ",\"hintId\":" + kind + ",\"appName\":\"" +
+                 apps[below(apps.size())] + "\"}\n";
+    }
+    return trace;
+}
+
+class EvaluationTest : public testing::TestWithParam<std::string> {
+ protected:
+    // The parameter is a trace's name or the seed of a random one.
+    std::string trace() {
+        const std::string name = GetParam();
+        if (std::isdigit(name[0]) != 0) {
+            return mProgram.write("random.jsonl",
+                                  randomTrace(static_cast<unsigned>(std::stoul(name))));
+        }
+        return "'" KESTREL_TRACES "/" + name + ".jsonl'";
+    }
+
+    std::string output(const std::string& arguments) {
+        const auto result = mProgram.run(arguments);
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return result.out;
+    }
+
+    // What a report shows.
+    Json pageData() {
+        std::string name = trace();
+        std::erase(name, '\'');
+        InputSequence inputs({GetParam().size() > 1 ? name : mProgram.path(name).string()}, {},
+                             InputKinds::tracesAndLogs);
+        Evaluation evaluation;
+        std::ostringstream text;
+        playLife(inputs, {.root = mProgram.path("root"), .sync = false}, {&evaluation}, text);
+        return Json::parse(toJson(evaluation, {name}, EvaluationDetail::launches).dump());
+    }
+
+    ProgramRun mProgram;
+};
+
+TEST_P(EvaluationTest, AgreesWithTheRecordStream) {
+    const RecordStream stream(output("replay --json --no-sync " + trace()));
+    const Json evaluation = Json::parse(output("evaluate --json " + trace()));
+    const auto launches = stream.launches(true);
+    const Json expected = expectedPolicies(launches);
+    ASSERT_EQ(evaluation["policies"].size(), expected.size());
+    for (Json policy : evaluation["policies"]) {
+        SCOPED_TRACE(policy["id"]);
+        const Json& numbers = expected[policy["id"].get<std::string>()];
+        policy.erase("id");
+        policy.erase("name");
+        EXPECT_EQ(policy, numbers);
+    }
+    EXPECT_EQ(evaluation["summary"]["launches"], launches.size());
+    EXPECT_EQ(evaluation["summary"]["passedOver"], stream.launches(false).size());
+    EXPECT_EQ(evaluation["summary"]["measured"], expected["ideal"]["launches"]);
+    for (const Json& app : evaluation["apps"]) {
+        SCOPED_TRACE(app["app"]);
+        std::vector<RecordStream::Launch> own;
+        std::copy_if(launches.begin(), launches.end(), std::back_inserter(own),
+                     [&](const auto& launch) { return app["app"] == launch.app; });
+        EXPECT_EQ(app["launches"], own.size());
+        EXPECT_EQ(app["kestrel"], expectedPolicies(own)["kestrel"]);
+        EXPECT_EQ(app["fixed5000"], expectedPolicies(own)["fixed5000"]);
+    }
+}
+
+TEST_P(EvaluationTest, ListsEveryLaunchAndMark) {
+    const RecordStream stream(output("replay --json --no-sync " + trace()));
+    const Json data = pageData();
+    for (const Json& app : data["apps"]) {
+        SCOPED_TRACE(app["app"]);
+        Json series = Json::array();
+        for (const auto& l : stream.launches(true)) {
+            if (app["app"] == l.app) {
+                const char* phase = l.state < 4    ? "learning"
+                                    : l.state == 4 ? "learned"
+                                                   : "disabled";
+                series.push_back({{"t", l.t},
+                                  {"durationMs", l.durationMs},
+                                  {"boostMs", l.boostMs},
+                                  {"requestedMs", stream.requested(l, "hint")},
+                                  {"defaultMs", stream.requested(l, "hintAcqRel")},
+                                  {"phase", phase}});
+            }
+        }
+        EXPECT_EQ(app["series"], series);
+        EXPECT_EQ(app["marks"], stream.marks(app["app"]));
+    }
+}
+
+TEST_P(EvaluationTest, DrawsEveryLaunchAndBoostOnceAndInOrder) {
+    const RecordStream stream(output("replay --json --no-sync --trace-out trace.json " + trace()));
+    std::multiset<std::string> expected;
+    for (const bool actedOn : {true, false}) {
+        for (const auto& launch : stream.launches(actedOn)) {
+            expected.insert(launch.app + " " + std::to_string(launch.t * 1000));
+        }
+    }
+    for (std::size_t i = 0; i < stream.records().size(); ++i) {
+        if (stream.isBoost(i)) {
+            const Json& r = stream.records()[i];
+            expected.insert(r["handle"].dump() + ": " +
+                            std::to_string(r["t"].get<int64_t>() * 1000) + " to " +
+                            std::to_string(stream.endOfBoost(i) * 1000));
+        }
+    }
+    const Json file = Json::parse(mProgram.read("trace.json"));
+    EXPECT_EQ(file["displayTimeUnit"], "ms");
+    std::multiset<std::string> drawn;
+    std::map<int, std::string> apps;  // by process
+    std::map<int, int64_t> lastEnd;   // of a thread's slices, in us
+    for (const Json& event : file["traceEvents"]) {
+        const std::string name = event["name"];
+        if (name == "process_name") {
+            apps[event["pid"]] = event["args"]["name"];
+        }
+        if (name.starts_with("launch") && name != "launch boost") {
+            drawn.insert(apps.at(event["pid"]) + " " + event["ts"].dump());
+        }
+        if (event["ph"] != "X") {
+            continue;
+        }
+        const int64_t from = event["ts"];
+        const int64_t to = from + event["dur"].get<int64_t>();
+        int64_t& last = lastEnd.try_emplace(event["tid"], from).first->second;
+        EXPECT_LE(last, from) << event;
+        EXPECT_LE(from, to) << event;
+        last = to;
+        if (event["args"].contains("handle")) {
+            drawn.insert(event["args"]["handle"].dump() + ": " + std::to_string(from) + " to " +
+                         std::to_string(to));
+        }
+    }
+    EXPECT_EQ(drawn, expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Traces, EvaluationTest,
+                         testing::Values("../../traces/avd-android7.0-28-runs", "AbsentService",
+                                         "AppsWithoutDurations", "EventsThatCount",
+                                         "FailingService", "GamesWithTheHardwareProfile",
+                                         "RelearnsAfterAHundredLaunches",
+                                         "RemovalsAcrossRestarts.1", "SwitchedOff", "1", "2", "3"),
+                         [](const auto& info) { return "n" + std::to_string(info.index); });
+
+}  // namespace
