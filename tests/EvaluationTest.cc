@@ -92,30 +92,33 @@ Json expectedPolicies(const std::vector<RecordStream::Launch>& launches) {
             {"ideal", numbersOf(launches, [](const L& l) { return l.durationMs.get<int64_t>(); })}};
 }
 
-// Three apps, a launcher and an ignored app, in any order; many things at the same time.
+// Some apps, a launcher and an ignored app, in any order; many things at the same time. Most frames
+// are of the app that was launched last.
 std::string randomTrace(unsigned seed) {
     std::mt19937 random(seed);
     const auto below = [&](std::size_t n) { return random() % n; };
-    const std::vector<std::string> apps = {"com.a/.Main",           "com.b",       "com.c", "com.a",
-                                           "com.android.launcher3", "com.keyboard"};
-    const std::vector<std::string> kinds = {R"(4225,"hintType":1)",
-                                            R"(4225,"hintType":1,"launchType":2)",
-                                            "4103",
-                                            "4103",
-                                            "4097",
-                                            "4160",
-                                            R"(1,"hintType":103)"};
-    const std::string REMOVAL = "4164";
+    const std::vector<std::string> apps = {"com.a/.Main", "com.b", "com.a", "com.keyboard",
+                                           "com.android.launcher3"};
+    const std::string launch = R"(4225,"hintType":1)";
+    const std::vector<std::string> kinds = {launch, launch, launch + R"(,"launchType":2)",
+                                            "4103", "4103", "4103",
+                                            "4097", "4160", R"(1,"hintType":103)"};
     std::string trace = R"({"host":{"ignoredApps":["com.keyboard"],"properties":{)"
                         R"("ro.vendor.perf.kap":"true","ro.vendor.perf.kgm":"true",)"
                         R"("ro.vendor.perf.attach.hint.ks":"true","ro.vendor.perf.kplh":"true"}}})"
                         "\n";
     int64_t t = 0;
-    for (int i = 0; i < 800; ++i) {
-        t += below(3) == 0 ? 0 : below(below(4) == 0 ? 20000 : 900);
-        const std::string& kind = i % 300 == 299 ? REMOVAL : kinds[below(kinds.size())];
-        trace += "{\"t\":" + std::to_string(t) + ",\"hintId\":" + kind + ",\"appName\":\"" +
-                 apps[below(apps.size())] + "\"}\n";
+    std::string launched;
+    for (int i = 0; i < 1000; ++i) {
+        t += static_cast<int64_t>(below(3) * below(below(4) == 0 ? 10000 : 400));
+        const std::string& kind = kinds[below(kinds.size())];
+        const bool ofLaunched = kind == "4103" && below(4) != 0;
+        const std::string& app = ofLaunched ? launched : apps[below(apps.size())];
+        if (kind.starts_with(launch)) {
+            launched = app;
+        }
+        trace += "{\"t\":" + std::to_string(t) + ",\"hintId\":" + (i % 400 == 399 ? "4164" : kind) +
+                 ",\"appName\":\"" + app + "\"}\n";
     }
     return trace;
 }
@@ -251,12 +254,104 @@ TEST_P(EvaluationTest, DrawsEveryLaunchAndBoostOnceAndInOrder) {
     EXPECT_EQ(drawn, expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Traces, EvaluationTest,
-                         testing::Values("../../traces/avd-android7.0-28-runs", "AbsentService",
-                                         "AppsWithoutDurations", "EventsThatCount",
-                                         "FailingService", "GamesWithTheHardwareProfile",
-                                         "RelearnsAfterAHundredLaunches",
-                                         "RemovalsAcrossRestarts.1", "SwitchedOff", "1", "2", "3"),
-                         [](const auto& info) { return "n" + std::to_string(info.index); });
+INSTANTIATE_TEST_SUITE_P(
+    Traces, EvaluationTest,
+    testing::Values("../../traces/avd-android7.0-28-runs", "AbsentService", "AppsWithoutDurations",
+                    "EventsThatCount", "FailingService", "GamesWithTheHardwareProfile",
+                    "RelearnsAfterAHundredLaunches", "RemovalsAcrossRestarts.1", "SwitchedOff", "1",
+                    "2", "3"),
+    [](const auto& info) {
+        std::string name = info.param.substr(info.param.rfind('/') + 1);
+        std::replace_if(name.begin(), name.end(), [](char c) { return std::isalnum(c) == 0; }, '_');
+        return name;
+    });
+
+constexpr const char* LAUNCH = R"({"t":10,"hintId":4225,"hintType":1,"appName":"com.a"})"
+                               "\n";
+constexpr const char* FRAME = R"({"t":500,"hintId":4103,"appName":"com.a"})"
+                              "\n";
+
+TEST(EvaluateTest, TablesFitEightyColumns) {
+    const ProgramRun program;
+    const auto result =
+        program.run("evaluate '" KESTREL_TRACES "/../../traces/avd-android7.0-28-runs.jsonl'");
+    EXPECT_EQ(result.status, 0) << result.err;
+    for (const std::string& line : splitLines(result.out)) {
+        EXPECT_LE(line.size(), 80U) << line;
+    }
+    for (const char* line :
+         {"  once learned              231   60  100   89   155   309   770   335    263473\n",
+          "..atbag.gifreduxsample      247   60  100   90   166   317   788   510    330141\n",
+          "not counted: 1 without a first frame, 0 passed over by the feature\n"}) {
+        EXPECT_NE(result.out.find(line), std::string::npos) << line << result.out;
+    }
+    EXPECT_EQ(program.run("evaluate -", "# nothing\n").out,
+              "no launches\nnot counted: 0 without a first frame, 0 passed over by the feature\n");
+}
+
+TEST(EvaluateTest, FilesThatCannotBeWrittenAreToldBeforeAnythingIsPlayed) {
+    const ProgramRun program;
+    program.write("trace.jsonl", LAUNCH);
+    program.write("host.json", R"({"host":{}})");
+    const struct {
+        const char* arguments;
+        int status;
+        const char* message;
+    } cases[] = {
+        {"replay --trace-out no/file trace.jsonl", 1, "cannot write no/file: No such file"},
+        {"replay --trace-out . trace.jsonl", 1, "cannot write .: Is a directory"},
+        {"replay --trace-out ./trace.jsonl trace.jsonl", 2, "./trace.jsonl: it is also read"},
+        {"report --out host.json --host host.json trace.jsonl", 2, "host.json: it is also read"},
+        {"report --out no/file trace.jsonl", 1, "cannot write no/file: No such file"},
+        {"report --out /dev/full trace.jsonl", 1, "cannot write /dev/full: No space left"},
+        {"report --out new.html missing.jsonl", 2, "missing.jsonl: No such file"},
+        {"report trace.jsonl", 2, "--out is required"},
+        {"replay --trace-out new.json missing.jsonl", 2, "missing.jsonl: No such file"},
+        {"evaluate", 2, "INPUT is required"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        const auto result = program.run(c.arguments);
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_EQ(result.out, "");
+    }
+    EXPECT_FALSE(std::filesystem::exists(program.path("new.html")));
+    EXPECT_FALSE(std::filesystem::exists(program.path("new.json")));
+    EXPECT_EQ(program.read("trace.jsonl"), LAUNCH);
+}
+
+TEST(EvaluateTest, WhatArrivesLiveBeforeAWrongLineIsTold) {
+    const ProgramRun program;
+    const std::string input = std::string(LAUNCH) + FRAME + "{\"t\":700}\n";
+    auto result = program.run("evaluate --json -", input);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "-:3: the key \"hintId\" is missing\n");
+    EXPECT_EQ(Json::parse(result.out)["policies"][6]["boostedMs"], 490);
+    result = program.run("replay --trace-out trace.json -", input);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(Json::parse(program.read("trace.json"))["traceEvents"].back()["dur"], 490000);
+}
+
+// A live replay is answered line by line, and then interrupted.
+TEST(EvaluateTest, AnInterruptedReplayLeavesACompletePicture) {
+    const ProgramRun program;
+    program.write("script",
+                  "mkfifo in out\n"
+                  "env --default-signal=INT " KESTREL_PROGRAM
+                  " replay --json --trace-out trace.json - <in >out &\n"
+                  "exec 3>in 4<out\n"
+                  "head -n 1 stdin >&3\n"
+                  "while read -r line <&4 && [ \"${line#*4225*15100}\" = \"$line\" ]; do :; done\n"
+                  "kill -INT $!\n"
+                  "cat <&4\n"
+                  "wait $!\n"
+                  "echo $?\n");
+    const auto result = program.run("--version && sh script", LAUNCH);
+    EXPECT_EQ(result.err, "");
+    EXPECT_TRUE(result.out.ends_with("{\"kind\":\"stop\",\"t\":10}\n0\n")) << result.out;
+    EXPECT_EQ(Json::parse(program.read("trace.json"))["traceEvents"].back()["name"],
+              "launch without a first frame");
+}
 
 }  // namespace

@@ -15,9 +15,15 @@ constexpr std::size_t FULLY_WIDTH = 6;
 constexpr std::size_t WASTED_WIDTH = 6;
 constexpr std::size_t BOOSTED_WIDTH = 10;
 
-// Whole percents, rounded down: 100 is said of nothing less.
+// A number in its column, with a blank before it however long it is.
+std::string cell(const std::string& text, std::size_t width) {
+    return ' ' + right(text, width - 1);
+}
+
+// Whole percents, rounded down: 100 is said of nothing less. What is added makes up for ratios that
+// a double holds a little too small, such as 0.29.
 std::string percentText(double ratio) {
-    return std::to_string(std::lround(std::floor(ratio * 100)));
+    return std::to_string(std::lround(std::floor(ratio * 100 + 1e-9)));
 }
 
 void printHeader(const std::string& name, std::ostream& out) {
@@ -32,11 +38,11 @@ void printHeader(const std::string& name, std::ostream& out) {
 }
 
 void printRow(const std::string& name, const PolicyNumbers& numbers, std::ostream& out) {
-    const auto known = [&](std::string text, std::size_t width) {
-        return right(numbers.launches > 0 ? text : "-", width);
+    const auto known = [&](const std::string& text, std::size_t width) {
+        return cell(numbers.launches > 0 ? text : "-", width);
     };
     out << padded(endWithin(printable(name), NAME_WIDTH), NAME_WIDTH)
-        << right(std::to_string(numbers.launches), LAUNCHES_WIDTH)
+        << cell(std::to_string(numbers.launches), LAUNCHES_WIDTH)
         << known(percentText(numbers.coverage.p10), PERCENT_WIDTH)
         << known(percentText(numbers.coverage.p50), PERCENT_WIDTH)
         << known(percentText(numbers.coverage.mean), PERCENT_WIDTH)
@@ -51,19 +57,18 @@ void printRow(const std::string& name, const PolicyNumbers& numbers, std::ostrea
 
 void printEvaluation(const Evaluation& evaluation, std::ostream& out) {
     if (evaluation.launches().empty()) {
-        out << "no launches\n";
-        return;
+        out << "no launches";
+    } else {
+        printHeader("policy", out);
+        for (const PolicyName& policy : POLICIES) {
+            printRow(policy.shortName, evaluation.numbers(policy.policy), out);
+        }
+        out << '\n';
+        printHeader("app, KestrelStarts", out);
+        for (const auto& [name, app] : evaluation.apps()) {
+            printRow(name, evaluation.numbers(Policy::kestrel, app), out);
+        }
     }
-    printHeader("policy", out);
-    for (const PolicyName& policy : POLICIES) {
-        printRow(policy.shortName, evaluation.numbers(policy.policy), out);
-    }
-    out << '\n';
-    printHeader("app, KestrelStarts", out);
-    for (const auto& [name, app] : evaluation.apps()) {
-        printRow(name, evaluation.numbers(Policy::kestrel, app), out);
-    }
-    out << "\nnot counted:  without a first frame "
-        << evaluation.launches().size() - evaluation.measured() << ", passed over by the feature "
-        << evaluation.passedOver() << '\n';
+    out << "\nnot counted: " << evaluation.launches().size() - evaluation.measured()
+        << " without a first frame, " << evaluation.passedOver() << " passed over by the feature\n";
 }

@@ -69,9 +69,11 @@ struct AppMark {
 //
 // A launch lasts until the first frame of its package that is delivered before the launch ends (the
 // feature hands a launch end to its meter) and before the next launch. These are the meter's rules,
-// so a launch that the plug-in measured has the duration that it measured. A launch that the
-// feature passed over (no boost requested, not measured) is no launch here and ends none. Boosts
-// that hold when the input ends run out in their time. Threads: one call at a time.
+// applied to every launch, whether the plug-in measures it or not. A launch that the feature passed
+// over (no boost requested, not measured) is no launch here and ends none. Boosts that hold when
+// the input ends run out in their time.
+//
+// Threads: one call at a time.
 class LaunchTimeline {
  public:
     class Listener {
