@@ -129,11 +129,11 @@ void TraceEventFile::onPassedOver(int64_t t, const std::string& app) {
 }
 
 void TraceEventFile::onBoost(const Boost& boost) {
-    constexpr std::array TRACKS = {Track::defaultBoost, Track::launchBoost, Track::attachBoost,
-                                   Track::hardwareProfile};
     if (boost.kind == BoostKind::hardwareProfile && boost.from == boost.to) {
         return;  // the default boost starts the profile, and at once the launch boost anew
     }
+    constexpr std::array TRACKS = {Track::defaultBoost, Track::launchBoost, Track::attachBoost,
+                                   Track::hardwareProfile};
     const Track track = TRACKS[static_cast<std::size_t>(boost.kind)];
     Json args = {{"requestedMs", boost.requestedMs}, {"end", endText(boost.end)}};
     if (boost.kind != BoostKind::hardwareProfile) {
