@@ -116,7 +116,7 @@ void KestrelStartsFeature::createMeterDataDb() {
         return;
     }
     std::unique_ptr<LMDatabase<KSInputDbData>> db(new (std::nothrow) LMDatabase<KSInputDbData>(
-        0, mFeatureInfo.featureName + ".db", "KestrelStarts"));
+        0, inputDbFile(mFeatureInfo.featureName), KS_INPUT_TABLE));
     if (db == nullptr) {
         return;
     }

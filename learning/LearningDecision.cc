@@ -7,6 +7,7 @@
 #include "host/KSFeaturesList.h"
 #include "host/KestrelStartsHints.h"
 #include "learning/LaunchStatistics.h"
+#include "learning/LearningRules.h"
 #include "learning/OutputRecord.h"
 #include "lmdb/LMDBRows.h"
 #include "lmdb/LMLog.h"
@@ -14,16 +15,7 @@
 namespace {
 
 constexpr const char* FUNCTION = "checkWriteOutputDB";
-constexpr std::size_t MIN_LAUNCHES_TO_DECIDE = 5;
-constexpr int32_t MIN_LAUNCHES_TO_DISABLE = 10;
 constexpr int CLASSIFIER_QUERY_TYPE = 1;
-
-// A new decision starts the count of launches anew.
-void setDecision(KSPerfdOutput& record, int32_t durationMs) {
-    record.launchDuration = durationMs;
-    record.launchCount = 0;
-    record.retriggered = 0;
-}
 
 }  // namespace
 
@@ -47,24 +39,24 @@ void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPaylo
     std::string const& app = payload.appName;
     LMDBDataRowKey key = launchKey(payload.hintId, app);
     const int32_t count = mFeatureInputDb->getCountDR<KSInputDbData>(key);
-    if (count < static_cast<int32_t>(MIN_LAUNCHES_TO_DECIDE)) {
+    if (count < KS_LAUNCHES_TO_DECIDE) {
         return;
     }
     LMDBRows<KSInputDbData> launches(*mFeatureInputDb,
                                      mFeatureInputDb->readAllocateDR<KSInputDbData>(key));
-    if (launches.rows.size() < MIN_LAUNCHES_TO_DECIDE) {
+    if (launches.rows.size() < static_cast<std::size_t>(KS_LAUNCHES_TO_DECIDE)) {
         return;
     }
     int average = 0;
     getAvgLaunchValues(launches.rows, static_cast<int>(launches.rows.size()), average);
-    if (count >= MIN_LAUNCHES_TO_DISABLE && average <= 0) {
+    if (isUnusable(count, average)) {
         getAvgLaunchValuesForced(launches.rows, average);
         disableFeature(std::exchange(launches.rows, {}), payload, average);
         return;
     }
     const int appClass = isHeavyGame(app);
-    if (!skewLaunchDuration(average, payload.launchType, appClass, app) &&
-        payload.launchType == KS_LAUNCH_TYPE_GAME) {
+    const bool clamped = skewLaunchDuration(average, payload.launchType, appClass, app);
+    if (isScaled(payload.launchType, clamped)) {
         average = scaleGameDuration(average);
     }
 
@@ -74,11 +66,10 @@ void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPaylo
         return;
     }
     LMDBDataRow<KSPerfdOutput>& row = *output.rows.front();
-    switch (mFeatureState.readState(app)) {
-        case APP_STATE_LEARNING:
+    switch (decisionStep(mFeatureState.readState(app))) {
+        case DecisionStep::begin:
             setDecision(row.blob, average);
-            row.blob.boostType =
-                payload.launchType != 0 ? KS_HINT_TYPE_GAME_BOOST : KS_HINT_TYPE_APP_BOOST;
+            row.blob.boostType = decidedBoostType(payload.launchType);
             row.appName = app;
             row.intcol1 = payload.hintId;
             outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
@@ -89,7 +80,7 @@ void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPaylo
             }
             mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(launches.rows);
             return;
-        case APP_STATE_EVALUATED:
+        case DecisionStep::update:
             setDecision(row.blob, average);
             outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
             mFeatureState.writeState(app, APP_STATE_DECIDING);
@@ -98,8 +89,7 @@ void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPaylo
             mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(launches.rows);
             KSFeaturesList::exportToFile("Learning Complete - ENABLED KS", average, app.c_str());
             return;
-        default:
-            // No state to decide in: the launches stay, an old decision does not.
+        case DecisionStep::none:
             mFeatureInputDb->freeRow(launches.rows);
             outputDb.deleteDeallocateDR<KSPerfdOutput>(output.rows);
             return;

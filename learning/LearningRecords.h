@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <type_traits>
 
 #include "lmdb/LMDatabase.h"
@@ -41,9 +42,14 @@ static_assert(offsetof(KSPerfdOutput, retriggered) == 532);
 static_assert(sizeof(KSPerfdOutput) == 536);
 static_assert(std::is_trivially_copyable_v<KSPerfdOutput>);
 
-// Where the learned records are kept.
+// Where measured launches are kept, in a file named after the feature, and where learned records.
+inline constexpr const char* KS_INPUT_TABLE = "KestrelStarts";
 inline constexpr const char* KS_OUTPUT_DB_FILE = "KestrelStartsAction.db";
 inline constexpr const char* KS_OUTPUT_TABLE = "output_table";
+
+inline std::string inputDbFile(std::string const& featureName) {
+    return featureName + ".db";
+}
 
 LMDB_DECLARE(KSInputDbData);
 LMDB_DECLARE(KSPerfdOutput);

@@ -1,9 +1,8 @@
 // Counts the launches of a learned app and sends it back to learning.
 
-#include <limits>
-
 #include "action/KestrelStartsAction.h"
 #include "feature/KestrelStartsFeature.h"
+#include "learning/LearningRules.h"
 #include "learning/OutputRecord.h"
 #include "lmdb/LMDBRows.h"
 #include "lmdb/LMLog.h"
@@ -11,7 +10,6 @@
 namespace {
 
 constexpr const char* FUNCTION = "checkRelearningTrigger";
-constexpr int32_t LAUNCHES_BEFORE_RELEARNING = 100;
 
 }  // namespace
 
@@ -25,7 +23,7 @@ bool KestrelStartsFeature::checkRelearningTrigger(KestrelStartsAction* action,
         return false;
     }
     bool triggered = false;
-    const auto countLaunch = [&] {
+    const auto check = [&] {
         if (action->mOutputDb == nullptr) {
             LM_LOG(KS_MODULE, FUNCTION, 823, "KestrelStartAlgo:: dbTable NULL");
             return;
@@ -40,14 +38,10 @@ bool KestrelStartsFeature::checkRelearningTrigger(KestrelStartsAction* action,
         row.appName = payload.appName;
         row.intcol1 = payload.hintId;
         KSPerfdOutput& record = row.blob;
-        if (record.retriggered != 1) {
-            // A damaged count does not overflow; it is past the threshold anyway.
-            if (record.launchCount < std::numeric_limits<int32_t>::max()) {
-                ++record.launchCount;
-            }
+        if (countLaunch(record)) {
             LM_LOG(KS_MODULE, FUNCTION, 855, "launchCount  Retrigger %d", record.launchCount);
         }
-        const bool due = record.launchCount >= LAUNCHES_BEFORE_RELEARNING;
+        const bool due = isRelearningDue(record);
         if (due) {
             LM_LOG(KS_MODULE, FUNCTION, 859, "Should  Retrigger");
             record.retriggered = 1;
@@ -57,6 +51,6 @@ bool KestrelStartsFeature::checkRelearningTrigger(KestrelStartsAction* action,
         outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
         triggered = due;
     };
-    guarded(countLaunch, ExceptionLog{KS_MODULE, FUNCTION, 867, 870});
+    guarded(check, ExceptionLog{KS_MODULE, FUNCTION, 867, 870});
     return triggered;
 }

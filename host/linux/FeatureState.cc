@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "host/linux/HostRuntime.h"
+#include "host/linux/StateStore.h"
 #include "lmdb/LMDBRows.h"
 #include "lmdb/LMDatabaseImpl.h"
 
@@ -24,34 +25,36 @@ LMDBDataTable<AppState>::vecT readRows(LMDatabase<AppState>& db, std::string con
 
 // The newest of an app's rows that the store can write; rows.end() when there is none.
 auto findNewest(LMDBDataTable<AppState>::vecT& rows) {
-    const auto newest = std::find_if(rows.rbegin(), rows.rend(), [](const auto* row) {
-        return std::in_range<int32_t>(row->rowid);
-    });
+    const auto newest = std::find_if(rows.rbegin(), rows.rend(),
+                                     [](const auto* row) { return isWritableRow(row->rowid); });
     return newest != rows.rend() ? std::prev(newest.base()) : rows.end();
 }
 
-constexpr const char* TABLE = "app_state";
-
 // Takes apps that were left on the way between two states back to the beginning. The plug-in passes
-// through 1, 3 and 5 within one event and does not go on from them, so an app that a crash left
-// there would never be learned again. State 2 it does go on from.
+// through these within one event and does not go on from them, so an app that a crash left there
+// would never be learned again. State 2 it does go on from.
 void abandonUnfinishedSteps(LMDatabase<AppState>& db) {
     static_assert(sizeof(AppState) == 4);
+    std::string blobs;
+    for (const AppState state : KS_UNFINISHED_STATES) {
+        blobs += (blobs.empty() ? "x'0" : ",x'0") + std::to_string(state) + "000000'";
+    }
     lmstore::Statement statement;
-    if (!statement.prepare(db.dbHandle, std::string("UPDATE ") + TABLE +
-                                            " SET blob = x'00000000' WHERE"
-                                            // As the store reads it: cut or filled up to its size.
-                                            " substr(CAST(blob || zeroblob(4) AS BLOB), 1, 4) IN "
-                                            "(x'01000000', x'03000000', x'05000000')") ||
+    if (!statement.prepare(db.dbHandle,
+                           std::string("UPDATE ") + KS_STATE_TABLE +
+                               " SET blob = x'00000000' WHERE"
+                               // As the store reads it: cut or filled up to its size.
+                               " substr(CAST(blob || zeroblob(4) AS BLOB), 1, 4) IN (" +
+                               blobs + ")") ||
         statement.step() != lmstore::Statement::DONE) {
-        lmstore::logSqlMessage("FeatureState", 43, TABLE, db.dbHandle);
+        lmstore::logSqlMessage("FeatureState", 43, KS_STATE_TABLE, db.dbHandle);
     }
 }
 
 }  // namespace
 
 FeatureState::FeatureState(const std::string& featureName) {
-    auto db = std::make_unique<LMDatabase<AppState>>(0, featureName + "State.db", TABLE);
+    auto db = std::make_unique<LMDatabase<AppState>>(0, stateDbFile(featureName), KS_STATE_TABLE);
     if (db->openLMdb() == LMDB_SUCCESS) {
         abandonUnfinishedSteps(*db);
         mDb = std::move(db);

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "host/AppState.h"
+
+// Where and how the host keeps the apps' states, for FeatureState and for those who only read them.
+
+inline constexpr const char* KS_STATE_TABLE = "app_state";
+
+inline std::string stateDbFile(const std::string& featureName) {
+    return featureName + "State.db";
+}
+
+// An app's state is that of its newest row that can be written again.
+inline bool isWritableRow(int64_t rowid) {
+    return std::in_range<int32_t>(rowid);
+}
+
+// The host takes an app that it finds in one of these back to APP_STATE_LEARNING.
+inline constexpr std::array KS_UNFINISHED_STATES = {APP_STATE_EVALUATING, APP_STATE_DECIDING,
+                                                    APP_STATE_RELEARN};
+
+inline bool isUnfinished(AppState state) {
+    return std::ranges::find(KS_UNFINISHED_STATES, state) != KS_UNFINISHED_STATES.end();
+}
