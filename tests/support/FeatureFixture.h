@@ -27,7 +27,7 @@ inline AsyncTriggerPayload launchOf(const std::string& app) {
 // A feature that is on for both kinds of launches, with its stores.
 class FeatureTest : public testing::Test {
  public:
-    FeatureTest() {
+    explicit FeatureTest(const HostSetup& setup = {.knobs = std::nullopt}) : mHost(setup) {
         mFeature.mKapStatus = mFeature.mKgmStatus = 1;
         mHost.takeLog();
     }
@@ -67,6 +67,6 @@ class FeatureTest : public testing::Test {
     std::vector<KSPerfdOutput> records() { return stored(*action()->mOutputDb); }
     std::size_t launchCount() { return stored(*mFeature.mFeatureInputDb).size(); }
 
-    TestHost mHost{HostSetup{.knobs = std::nullopt}};
+    TestHost mHost;
     KestrelStartsFeature mFeature{FeatureInfo{.featureName = "KestrelStarts"}};
 };

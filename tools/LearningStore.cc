@@ -1,0 +1,141 @@
+#include "tools/LearningStore.h"
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+#include <system_error>
+
+#include "feature/ShortName.h"
+#include "host/KestrelStartsHints.h"
+#include "host/linux/ReadOnlyDatabase.h"
+#include "host/linux/StateStore.h"
+#include "learning/OutputRecord.h"
+#include "tools/InputError.h"
+#include "tools/TemporaryDirectory.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Row = ReadOnlyDatabase::Row;
+
+// A row's payload, as the store reads one of any size.
+template <class T>
+T payloadOf(const Row& row) {
+    T payload{};
+    LMDatabase<KSInputDbData>::LMDB_memscpy(&payload, sizeof(T), row.blob.data(), row.blob.size());
+    return payload;
+}
+
+// Where the databases are. A link that leads nowhere counts as there, to be told as damage.
+fs::path databaseFolder(const fs::path& root, const std::vector<std::string>& names) {
+    std::error_code error;
+    if (!fs::is_directory(root, error)) {
+        throw InputError(root.string() + ": " +
+                         (error ? error : make_error_code(std::errc::not_a_directory)).message());
+    }
+    for (const fs::path& folder : {root / "data/vendor/lm", root}) {
+        const auto isThere = [&](const std::string& name) {
+            return fs::symlink_status(folder / name, error).type() != fs::file_type::not_found;
+        };
+        if (std::ranges::any_of(names, isThere)) {
+            return folder;
+        }
+    }
+    throw InputError(root.string() + ": none of " + names[0] + ", " + names[1] + " and " +
+                     names[2] + " is in it, nor in data/vendor/lm below it");
+}
+
+// A copy of a database and what lies beside it, which can be recovered.
+fs::path copyInto(const fs::path& folder, const fs::path& file) {
+    const fs::path copy = folder / "copy.db";
+    const std::string original = fs::canonical(file).string();
+    for (const char* suffix : {"", "-wal", "-journal"}) {
+        if (fs::exists(original + suffix)) {
+            fs::copy_file(original + suffix, copy.string() + suffix);
+        }
+    }
+    return copy;
+}
+
+void readDatabase(const fs::path& file, const std::function<void(ReadOnlyDatabase&)>& read) {
+    std::optional<TemporaryDirectory> copies;
+    std::optional<ReadOnlyDatabase> database;
+    while (!database) {
+        const DatabaseAccess access = accessOf(file);
+        try {
+            const bool copied = access == DatabaseAccess::copied;
+            database.emplace(copied ? copyInto(copies.emplace().path(), file) : file, access);
+        } catch (const std::runtime_error&) {
+            if (accessOf(file) == access) {
+                throw;
+            }  // else a host has begun or ended meanwhile
+        }
+    }
+    read(*database);
+    database->check();
+}
+
+// Reads the rows of one table that the plug-in would find.
+StoreFile readTable(const fs::path& folder, const std::string& name, const char* table,
+                    const LMDBDataRowKey& key, const std::function<void(const Row&)>& onRow) {
+    StoreFile file{.name = name};
+    std::error_code error;
+    if (fs::symlink_status(folder / name, error).type() == fs::file_type::not_found) {
+        return file;
+    }
+    file.found = true;
+    try {
+        readDatabase(folder / name,
+                     [&](ReadOnlyDatabase& database) { database.forEachRow(table, key, onRow); });
+    } catch (const std::runtime_error& damage) {
+        file.damage = damage.what();
+    }
+    return file;
+}
+
+}  // namespace
+
+bool LearningStore::isDamaged() const {
+    return std::ranges::any_of(files, [](const StoreFile& file) { return !file.damage.empty(); });
+}
+
+LearningStore readLearningStore(const fs::path& root, const std::string& featureName) {
+    const std::vector<std::string> names = {inputDbFile(featureName), KS_OUTPUT_DB_FILE,
+                                            stateDbFile(featureName)};
+    const fs::path folder = databaseFolder(root, names);
+    const LMDBDataRowKey launchRows = launchKey(KS_LAUNCH_HINT, "");  // of all apps
+    LearningStore store;
+    store.files = {
+        readTable(folder, names[0], KS_INPUT_TABLE, launchRows,
+                  [&](const Row& row) {
+                      store.apps[row.appName].launches.push_back(payloadOf<KSInputDbData>(row));
+                  }),
+        readTable(folder, names[1], KS_OUTPUT_TABLE, launchRows,
+                  [&](const Row& row) {
+                      store.apps[row.appName].records.push_back(payloadOf<KSPerfdOutput>(row));
+                  }),
+        readTable(folder, names[2], KS_STATE_TABLE, LMDBDataRowKey{},
+                  [&](const Row& row) {
+                      if (isWritableRow(row.rowid)) {
+                          store.apps[row.appName].state = payloadOf<AppState>(row);
+                      }
+                  }),
+    };
+    return store;
+}
+
+const StoredApp& findApp(const LearningStore& store, const std::string& app) {
+    const auto found = store.apps.find(app);
+    if (found != store.apps.end()) {
+        return found->second;
+    }
+    // Names are those of the launches, with a component if these had one.
+    std::string similar;
+    for (const auto& entry : store.apps) {
+        if (shortName(entry.first) == shortName(app)) {
+            similar += (similar.empty() ? "; there is " : ", ") + entry.first;
+        }
+    }
+    throw InputError(app + ": nothing is stored of it" + similar);
+}
