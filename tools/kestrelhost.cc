@@ -8,8 +8,10 @@
 #include <vector>
 
 #include "tools/Evaluate.h"
+#include "tools/Explain.h"
 #include "tools/Import.h"
 #include "tools/InputError.h"
+#include "tools/Inspect.h"
 #include "tools/Interruption.h"
 #include "tools/Replay.h"
 #include "tools/TerminalText.h"
@@ -20,6 +22,7 @@ constexpr int EXIT_FAILED = 1;
 constexpr int EXIT_WRONG_INPUT = 2;
 
 constexpr const char* HOST_HELP = "The host's set-up, {\"host\": {...}}";
+constexpr const char* STORE_HELP = "What the plug-in sees as /, or a folder of its databases";
 
 // A name that is given is not empty.
 const CLI::Validator NAME(
@@ -39,6 +42,8 @@ class CommandLine {
         addImport();
         addEvaluate();
         addReport();
+        addInspect();
+        addExplain();
     }
 
     void parse(int argc, char** argv) {
@@ -112,6 +117,40 @@ class CommandLine {
             "Example:\n  kestrelhost report --out launches.html launches.log");
     }
 
+    void addInspect() {
+        CLI::App& command = add("inspect", "Show what the databases say of each app",
+                                [this] { inspect(mInspect); });
+        command.add_option("APP", mInspect.app, "Show this app's launches too")
+            ->type_name("")
+            ->check(NAME);
+        addRoot(command, mInspect.root, STORE_HELP)->required();
+        addHost(command, mInspect.hostFile);
+        command.add_flag("--json", mInspect.json, "Print one JSON object");
+        command.footer(
+            "Reads only, also while a host is running on the databases.\n\n"
+            "Examples:\n"
+            "  kestrelhost inspect --root learned\n"
+            "  adb pull /data/vendor/lm && kestrelhost inspect --root lm com.example.app");
+    }
+
+    void addExplain() {
+        CLI::App& command = add("explain", "Explain how an app's next launch is decided on",
+                                [this] { explain(mExplain); });
+        command.add_option("APP", mExplain.app, "The app, by the name of its launches")
+            ->required()
+            ->type_name("")
+            ->check(NAME);
+        addRoot(command, mExplain.root, STORE_HELP)->required();
+        addHost(command, mExplain.hostFile);
+        command
+            .add_option("--class", mExplain.appClass,
+                        "What the classifier answers (default: as the set-up says, else 0)")
+            ->type_name("N");
+        command.add_flag("--game", mExplain.game, "The launch is one of a game");
+        command.add_flag("--json", mExplain.json, "Print one JSON object");
+        command.footer("Example:\n  kestrelhost explain --root learned com.example.app");
+    }
+
     // `run` does what the subcommand is for, once the whole line has been parsed.
     CLI::App& add(const char* name, const char* description, std::function<void()> run) {
         CLI::App* command = mApp.add_subcommand(name, description);
@@ -125,8 +164,8 @@ class CommandLine {
             ->type_name("");
     }
 
-    static CLI::Option* addRoot(CLI::App& command, std::optional<std::string>& root,
-                                const char* description) {
+    template <class Root>
+    static CLI::Option* addRoot(CLI::App& command, Root& root, const char* description) {
         return command.add_option("--root", root, description)->type_name("DIR")->check(NAME);
     }
 
@@ -141,6 +180,8 @@ class CommandLine {
     EvaluateOptions mEvaluate;
     std::vector<std::string> mLogs;
     std::optional<std::string> mImportHostFile;
+    InspectOptions mInspect;
+    ExplainOptions mExplain;
 };
 
 }  // namespace

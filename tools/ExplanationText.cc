@@ -1,0 +1,316 @@
+#include "tools/ExplanationText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <limits>
+
+#include "host/KestrelStartsHints.h"
+#include "learning/LearningRules.h"
+#include "tools/ReportText.h"
+#include "tools/StoreText.h"
+#include "tools/Style.h"
+#include "tools/TerminalText.h"
+
+namespace {
+
+constexpr std::size_t VALUE_WIDTH = 14;  // of numbers below each other
+
+std::string ms(int64_t value) {
+    return std::to_string(value) + " ms";
+}
+
+std::string percent(float percentage) {
+    std::array<char, 64> text;
+    std::snprintf(text.data(), text.size(), "%.1f %%", static_cast<double>(percentage));
+    return text.data();
+}
+
+std::string launchWords(const Explanation& x) {
+    const bool isGame = x.launchType == KS_LAUNCH_TYPE_GAME;
+    return std::string(isGame ? "a game" : "an ordinary app") + " of class " +
+           std::to_string(x.appClass);
+}
+
+// Prints one explanation, section by section.
+class Printer {
+ public:
+    Printer(std::ostream& out, const std::string& app, const Explanation& x)
+        : mOut(out), mApp(app), mX(x) {}
+
+    void print(bool isConfigured) {
+        mOut << styled(printable(mApp), Emphasis::heading) << '\n';
+        say("It is " + launchWords(mX) + ". Its state is " +
+            styledState(stateWords(mX.storedState), mX.storedState) + "." +
+            (mX.state != mX.storedState ? " A host that starts takes it back to learning." : ""));
+        printLaunches();
+        if (mX.evaluation) {
+            printAverage(*mX.evaluation);
+        }
+        printNext(isConfigured);
+        printBoosts();
+    }
+
+ private:
+    void heading(const std::string& text) {
+        mOut << '\n' << styled(text, Emphasis::heading) << '\n';
+    }
+    void say(const std::string& text) { mOut << wrapped("  " + text, LINE_WIDTH, 2) << '\n'; }
+
+    void printLaunches() {
+        heading("Stored launches");
+        const auto zeros = std::ranges::count(mX.durations, 0);
+        std::string text = std::to_string(mX.durations.size()) + " of " +
+                           std::to_string(KS_LAUNCHES_TO_DECIDE) + " launches stored";
+        if (!mX.durations.empty()) {
+            text += ", in ms, oldest first:";
+        }
+        say(text);
+        printDurations(mOut, mX.durations);
+        if (zeros > 0) {
+            say("A 0 is a launch of which nothing was measured. It is not averaged. There " +
+                std::string(zeros == 1 ? "is 1." : "are " + std::to_string(zeros) + "."));
+        }
+    }
+
+    void printAverage(const Evaluation& e) {
+        heading("Outliers");
+        if (e.passes.empty()) {
+            say("Fewer than three durations are averaged as they are.");
+        } else {
+            say("A duration that differs from the mean of the larger half by " +
+                percent(KS_OUTLIER_PERCENTAGE) + " or more is removed.");
+        }
+        for (std::size_t i = 0; i < e.passes.size(); ++i) {
+            printPass(i + 1, e.passes[i]);
+        }
+        heading("Result");
+        printStep("average of " + std::to_string(e.kept.size()), e.average);
+        printClamp(e);
+        printStep(gameWords(e), e.result);
+    }
+
+    void printPass(std::size_t number, const Evaluation::Pass& pass) {
+        const std::size_t half = pass.values.size() / 2;
+        const std::string name = "Pass " + std::to_string(number) + ": ";
+        if (pass.seen.examined.empty()) {
+            say(name + std::to_string(pass.values.size()) + " durations are left" +
+                (pass.values.size() > 2 ? ", and the mean of the larger half is 0: nothing can be"
+                                          " compared with it."
+                                        : ", too few for another pass."));
+            return;
+        }
+        say(name + "the mean of the larger " + std::to_string(half) + " of " +
+            std::to_string(pass.values.size()) + " is " + ms(pass.seen.meanMs) + ".");
+        auto examined = pass.seen.examined.begin();
+        for (std::size_t i = 0; i < pass.values.size(); ++i) {
+            mOut << right(ms(pass.values[i]), VALUE_WIDTH);
+            if (examined != pass.seen.examined.end() && examined->index == i) {
+                mOut << right(percent(examined->percentage), VALUE_WIDTH)
+                     << (examined->removed ? "  " + styled("removed", Emphasis::warning) : "");
+                ++examined;
+            } else {
+                mOut << right("-", VALUE_WIDTH) << "  behind a removed one, left to the next pass";
+            }
+            mOut << '\n';
+        }
+    }
+
+    void printStep(const std::string& what, int32_t result) {
+        mOut << "  " << padded(what, 60) << right(ms(result), VALUE_WIDTH) << '\n';
+    }
+
+    void printClamp(const Evaluation& e) {
+        const bool hasLimit = e.range.upperMs != std::numeric_limits<int32_t>::max();
+        std::string range = hasLimit
+                                ? std::to_string(e.range.lowerMs) + " to " + ms(e.range.upperMs)
+                                : "at least " + ms(e.range.lowerMs);
+        printStep("clamp of " + launchWords(mX) + ": " + range +
+                      (e.clamped == e.average  ? ", kept"
+                       : e.clamped > e.average ? ", raised"
+                                               : ", lowered"),
+                  e.clamped);
+    }
+
+    std::string gameWords(const Evaluation& e) const {
+        if (e.isScaled) {
+            return "game factor: a fifth longer";
+        }
+        return mX.launchType == KS_LAUNCH_TYPE_GAME ? "game factor: not after a clamp"
+                                                    : "game factor: not for ordinary apps";
+    }
+
+    void printNext(bool isConfigured) {
+        heading("Next launch");
+        say(nextWords(isConfigured));
+    }
+
+    std::string nextWords(bool isConfigured) const {
+        switch (mX.next) {
+            case NextStep::waits:
+                return "Nothing is decided: " + std::to_string(mX.durations.size()) + " of " +
+                       std::to_string(KS_LAUNCHES_TO_DECIDE) + " launches stored.";
+            case NextStep::learns:
+                return learnsWords();
+            case NextStep::disables:
+                return "The app will be disabled: " + std::to_string(mX.durations.size()) +
+                       " launches are stored, of " + std::to_string(KS_LAUNCHES_TO_DISABLE) +
+                       " that are enough, and they have no average.";
+            case NextStep::dropsRecords:
+                return "The store is damaged: the app has " + std::to_string(mX.recordCount) +
+                       " learned records instead of one. All of them will be deleted, and nothing"
+                       " is decided.";
+            case NextStep::counts:
+                return countsWords();
+            case NextStep::relearns:
+                return "It is counted as number " + std::to_string(mX.recordAfter->launchCount) +
+                       " of " + std::to_string(KS_LAUNCHES_TO_RELEARN) +
+                       " since the app was learned, so that the app goes back to learning. What was"
+                       " learned stays in use until the next decision.";
+            case NextStep::passes:
+                return passesWords(isConfigured);
+        }
+        return {};
+    }
+
+    std::string learnsWords() const {
+        if (!mX.recordAfter) {
+            return "The app's state will be learned, but the record that this state says is there"
+                   " is missing: the result is lost.";
+        }
+        return "The app will be learned, with " + ms(mX.recordAfter->launchDuration) +
+               ". The stored launches are deleted.";
+    }
+
+    std::string countsWords() const {
+        const std::string total = std::to_string(KS_LAUNCHES_TO_RELEARN);
+        std::string text;
+        if (!mX.record) {
+            text = "The app has no learned record, so that one is begun that says 0 ms. ";
+        }
+        if (mX.recordAfter->retriggered == 1) {
+            return text +
+                   "It is not counted: the record says that relearning was triggered, with " +
+                   std::to_string(mX.recordAfter->launchCount) + " of " + total + " launches.";
+        }
+        return text + "It is counted as number " + std::to_string(mX.recordAfter->launchCount) +
+               " of " + total + " since the app was learned, after which it is learned anew.";
+    }
+
+    std::string passesWords(bool isConfigured) const {
+        if (mX.state != APP_STATE_DISABLED) {
+            return "This state is none that the feature knows: the app is boosted, and neither"
+                   " measured nor decided on.";
+        }
+        const std::string text =
+            "The app is disabled: it is boosted, but neither measured nor"
+            " decided on. ";
+        if (isConfigured) {
+            return text + "The feature's configuration asks for that.";
+        }
+        return text + "Either its launches gave no duration when " +
+               std::to_string(KS_LAUNCHES_TO_DISABLE) +
+               " or more were stored, or the feature's configuration asks for that; the databases"
+               " do not say which.";
+    }
+
+    void printBoosts() {
+        if (mX.launchBoostMs) {
+            say("Its default boost lasts " + ms(std::min(*mX.launchBoostMs, KS_MAX_DEFAULT_BOOST)) +
+                ", its launch boost " + ms(*mX.launchBoostMs) + ".");
+        } else {
+            say("It is not boosted.");
+        }
+        say(mX.isMeasured ? "It is measured." : "It is not measured.");
+    }
+
+    std::ostream& mOut;
+    const std::string& mApp;
+    const Explanation& mX;
+};
+
+using Json = nlohmann::ordered_json;
+
+Json passJson(const Evaluation::Pass& pass) {
+    Json examined = Json::array();
+    for (const OutlierPass::Examined& one : pass.seen.examined) {
+        examined.push_back({{"ms", pass.values[one.index]},
+                            {"percentage", one.percentage},
+                            {"removed", one.removed}});
+    }
+    return {{"valuesMs", pass.values},
+            {"leading", pass.values.size() / 2},
+            {"meanMs", pass.seen.meanMs},
+            {"examined", std::move(examined)}};
+}
+
+Json evaluationJson(const Evaluation& e) {
+    Json passes = Json::array();
+    for (const Evaluation::Pass& pass : e.passes) {
+        passes.push_back(passJson(pass));
+    }
+    const bool hasLimit = e.range.upperMs != std::numeric_limits<int32_t>::max();
+    return {{"passes", std::move(passes)},
+            {"keptMs", e.kept},
+            {"averageMs", e.average},
+            {"lowerMs", e.range.lowerMs},
+            {"upperMs", hasLimit ? Json(e.range.upperMs) : Json()},
+            {"clampedMs", e.clamped},
+            {"gameFactor", e.isScaled},
+            {"resultMs", e.result}};
+}
+
+const char* nextName(NextStep next) {
+    switch (next) {
+        case NextStep::waits:
+            return "waits";
+        case NextStep::learns:
+            return "learns";
+        case NextStep::disables:
+            return "disables";
+        case NextStep::dropsRecords:
+            return "dropsRecords";
+        case NextStep::counts:
+            return "counts";
+        case NextStep::relearns:
+            return "relearns";
+        case NextStep::passes:
+            return "passes";
+    }
+    return "";
+}
+
+}  // namespace
+
+void printExplanation(std::ostream& out, const std::string& app, const Explanation& explanation,
+                      bool isConfigured) {
+    Printer(out, app, explanation).print(isConfigured);
+}
+
+Json explanationJson(const std::string& app, const Explanation& x, const LearningStore& store) {
+    const auto learned = [](const std::optional<KSPerfdOutput>& record, auto field) {
+        return record ? Json((*record).*field) : Json();
+    };
+    return {{"files", filesJson(store)},
+            {"app", app},
+            {"launchType", x.launchType},
+            {"class", x.appClass},
+            {"state", static_cast<int32_t>(x.storedState)},
+            {"stateText", stateWords(x.storedState)},
+            {"records", x.recordCount},
+            {"learnedMs", learned(x.record, &KSPerfdOutput::launchDuration)},
+            {"launchesSince", learned(x.record, &KSPerfdOutput::launchCount)},
+            {"launchesStored", x.durations.size()},
+            {"launchesToDecide", KS_LAUNCHES_TO_DECIDE},
+            {"durationsMs", x.durations},
+            {"evaluation", x.evaluation ? evaluationJson(*x.evaluation) : Json()},
+            {"next", nextName(x.next)},
+            {"after",
+             {{"state", static_cast<int32_t>(x.stateAfter)},
+              {"stateText", stateWords(x.stateAfter)},
+              {"learnedMs", learned(x.recordAfter, &KSPerfdOutput::launchDuration)},
+              {"launchesSince", learned(x.recordAfter, &KSPerfdOutput::launchCount)},
+              {"launchesStored", x.launchesAfter},
+              {"launchBoostMs", x.launchBoostMs ? Json(*x.launchBoostMs) : Json()},
+              {"measured", x.isMeasured}}}};
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+
+#include "tools/Explanation.h"
+
+// An explanation in words, and as an object for programs.
+
+// `isConfigured`: the configuration disables the app.
+void printExplanation(std::ostream& out, const std::string& app, const Explanation& explanation,
+                      bool isConfigured);
+
+nlohmann::ordered_json explanationJson(const std::string& app, const Explanation& explanation,
+                                       const LearningStore& store);

@@ -1,0 +1,109 @@
+#include "tools/Inspect.h"
+
+#include <iostream>
+
+#include "learning/LearningRules.h"
+#include "tools/Interruption.h"
+#include "tools/LearningStore.h"
+#include "tools/ReportText.h"
+#include "tools/StoreText.h"
+#include "tools/Style.h"
+#include "tools/TerminalText.h"
+
+namespace {
+
+constexpr std::size_t LEARNED_WIDTH = 12;
+constexpr std::size_t COUNT_WIDTH = 9;
+
+std::string outOf(std::size_t count, int32_t total) {
+    return std::to_string(count) + "/" + std::to_string(total);
+}
+
+void printRow(const std::string& app, const StoredApp& stored) {
+    const KSPerfdOutput* record = stored.records.empty() ? nullptr : &stored.records.front();
+    const int32_t state = stateOf(stored);
+    std::cout << appText(app) << GAP << styledState(padded(stateText(state), STATE_WIDTH), state);
+    if (record != nullptr) {
+        std::cout << right(std::to_string(record->launchDuration), LEARNED_WIDTH)
+                  << right(std::to_string(record->launchCount) + "/" +
+                               std::to_string(KS_LAUNCHES_TO_RELEARN),
+                           COUNT_WIDTH)
+                  << right(record->retriggered == 1 ? "yes" : "no", COUNT_WIDTH);
+    } else {
+        std::cout << right("-", LEARNED_WIDTH) << right("-", COUNT_WIDTH)
+                  << right("-", COUNT_WIDTH);
+    }
+    std::cout << right(outOf(stored.launches.size(), KS_LAUNCHES_TO_DECIDE), COUNT_WIDTH) << '\n';
+}
+
+void printTable(const LearningStore& store) {
+    if (store.apps.empty()) {
+        std::cout << "no apps\n";
+        return;
+    }
+    std::cout << styled(padded("app", APP_WIDTH) + std::string(GAP) + padded("state", STATE_WIDTH) +
+                            right("learned ms", LEARNED_WIDTH) + right("since", COUNT_WIDTH) +
+                            right("relearn", COUNT_WIDTH) + right("stored", COUNT_WIDTH),
+                        Emphasis::heading)
+              << '\n';
+    for (const auto& [app, stored] : store.apps) {
+        printRow(app, stored);
+    }
+    for (const auto& [app, stored] : store.apps) {
+        if (stored.records.size() > 1) {
+            std::cout << '\n' << wrapped(printable(app) + ": " + tooManyRecords(stored), 80, 2);
+        }
+    }
+}
+
+void printApp(const std::string& app, const StoredApp& stored) {
+    std::cout << styled(printable(app), Emphasis::heading) << "\n  state            "
+              << styledState(stateWords(stateOf(stored)), stateOf(stored)) << '\n';
+    for (const KSPerfdOutput& record : stored.records) {
+        std::cout << "  learned          " << record.launchDuration << " ms\n"
+                  << "  launches since   " << record.launchCount << " of " << KS_LAUNCHES_TO_RELEARN
+                  << '\n'
+                  << "  relearning       "
+                  << (record.retriggered == 1 ? "triggered" : "not triggered") << '\n';
+    }
+    if (stored.records.empty()) {
+        std::cout << "  learned          nothing\n";
+    }
+    if (stored.records.size() > 1) {
+        std::cout << "  damage           " << tooManyRecords(stored) << '\n';
+    }
+    std::cout << "  launches stored  " << stored.launches.size() << " of " << KS_LAUNCHES_TO_DECIDE
+              << '\n';
+    if (!stored.launches.empty()) {
+        std::cout << "  durations in ms, oldest first\n";
+        printDurations(std::cout, durationsOf(stored));
+    }
+}
+
+nlohmann::ordered_json toJson(const LearningStore& store, const std::optional<std::string>& only) {
+    nlohmann::ordered_json apps = nlohmann::ordered_json::array();
+    for (const auto& [app, stored] : store.apps) {
+        if (!only || app == *only) {
+            apps.push_back(appJson(app, stored));
+        }
+    }
+    return {{"files", filesJson(store)}, {"apps", std::move(apps)}};
+}
+
+}  // namespace
+
+void inspect(const InspectOptions& options) {
+    const HostSetup setup = setupOf(options.hostFile);
+    const LearningStore store = readLearningStore(options.root, setup.featureName);
+    tellDamage(store);
+    const StoredApp* app = options.app ? &findApp(store, *options.app) : nullptr;
+    if (options.json) {
+        printJson(toJson(store, options.app));
+    } else if (app != nullptr) {
+        printApp(*options.app, *app);
+    } else {
+        printTable(store);
+    }
+    flushOutput();
+    expectUndamaged(store);
+}

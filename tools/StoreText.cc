@@ -1,0 +1,104 @@
+#include "tools/StoreText.h"
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+#include <stdexcept>
+
+#include "learning/LearningRules.h"
+#include "tools/EventTrace.h"
+#include "tools/ReportText.h"
+#include "tools/TerminalText.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+}  // namespace
+
+HostSetup setupOf(const std::optional<std::string>& hostFile) {
+    return hostFile ? readSetupFile(*hostFile) : HostSetup{};
+}
+
+AppState stateOf(const StoredApp& stored) {
+    return stored.state.value_or(APP_STATE_LEARNING);
+}
+
+std::string stateWords(int32_t state) {
+    switch (state) {
+        case APP_STATE_EVALUATING:
+            return "evaluating (1)";
+        case APP_STATE_EVALUATED:
+            return "evaluated (2)";
+        case APP_STATE_DECIDING:
+            return "deciding (3)";
+        case APP_STATE_RELEARN:
+            return "going back to learning (5)";
+        default:
+            return stateText(state);
+    }
+}
+
+std::vector<int> durationsOf(const StoredApp& stored) {
+    std::vector<int> durations;
+    std::ranges::transform(stored.launches, std::back_inserter(durations),
+                           &KSInputDbData::launchDuration);
+    return durations;
+}
+
+void printDurations(std::ostream& out, const std::vector<int>& durations) {
+    constexpr std::size_t COLUMN_WIDTH = 12;  // fits every duration
+    constexpr std::size_t COLUMNS = 6;
+    for (std::size_t i = 0; i < durations.size(); ++i) {
+        const bool endsLine = i % COLUMNS == COLUMNS - 1 || i + 1 == durations.size();
+        out << right(std::to_string(durations[i]), COLUMN_WIDTH) << (endsLine ? "\n" : "");
+    }
+}
+
+std::string tooManyRecords(const StoredApp& stored) {
+    return std::to_string(stored.records.size()) +
+           " learned records instead of one; the next count or decision deletes them";
+}
+
+void tellDamage(const LearningStore& store) {
+    for (const StoreFile& file : store.files) {
+        if (!file.damage.empty()) {
+            std::cerr << printable(file.name) << ": " << printable(file.damage) << '\n';
+        }
+    }
+}
+
+void expectUndamaged(const LearningStore& store) {
+    if (store.isDamaged()) {
+        throw std::runtime_error("not everything could be read");
+    }
+}
+
+Json filesJson(const LearningStore& store) {
+    Json files = Json::array();
+    for (const StoreFile& file : store.files) {
+        files.push_back({{"file", file.name},
+                         {"found", file.found},
+                         {"damage", file.damage.empty() ? Json() : Json(file.damage)}});
+    }
+    return files;
+}
+
+Json appJson(const std::string& app, const StoredApp& stored) {
+    const KSPerfdOutput* record = stored.records.empty() ? nullptr : &stored.records.front();
+    return {{"app", app},
+            {"state", static_cast<int32_t>(stateOf(stored))},
+            {"stateText", stateWords(stateOf(stored))},
+            {"records", stored.records.size()},
+            {"learnedMs", record != nullptr ? Json(record->launchDuration) : Json()},
+            {"launchesSince", record != nullptr ? Json(record->launchCount) : Json()},
+            {"launchesToRelearn", KS_LAUNCHES_TO_RELEARN},
+            {"relearning", record != nullptr && record->retriggered == 1},
+            {"launchesStored", stored.launches.size()},
+            {"launchesToDecide", KS_LAUNCHES_TO_DECIDE},
+            {"durationsMs", durationsOf(stored)}};
+}
+
+void printJson(const Json& object) {
+    std::cout << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+// Emphasis for people who look at a terminal. Anywhere else, and wherever NO_COLOR is set, these
+// give their text as it is.
+
+enum class Emphasis { heading, good, warning };
+
+std::string styled(const std::string& text, Emphasis emphasis);
+
+// That of an app's learning state.
+std::string styledState(const std::string& text, int32_t state);
