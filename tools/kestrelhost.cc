@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/CommandTexts.h"
 #include "tools/Evaluate.h"
 #include "tools/Explain.h"
 #include "tools/Import.h"
@@ -34,7 +35,16 @@ class CommandLine {
  public:
     CommandLine() {
         mApp.require_subcommand(0, 1);  // none is told below, after words that nobody knows
-        mApp.footer("Example:\n  kestrelhost replay launches.log");
+        mApp.footer(
+            "Exit status:\n"
+            "  0  done\n"
+            "  1  something failed while running\n"
+            "  2  the command line or an input is wrong\n\n"
+            "Environment:\n"
+            "  NO_COLOR  where it is set, nothing is printed in colours\n"
+            "  TMPDIR    where temporary files are kept\n\n"
+            "Example:\n"
+            "  kestrelhost replay launches.log");
         mApp.set_version_flag(
             "--version", [] { return "kestrelhost, feature version " + readFeatureVersion(); },
             "Print the version of the feature that is loaded");
@@ -44,6 +54,7 @@ class CommandLine {
         addReport();
         addInspect();
         addExplain();
+        addGenerators();
     }
 
     void parse(int argc, char** argv) {
@@ -149,6 +160,20 @@ class CommandLine {
         command.add_flag("--game", mExplain.game, "The launch is one of a game");
         command.add_flag("--json", mExplain.json, "Print one JSON object");
         command.footer("Example:\n  kestrelhost explain --root learned com.example.app");
+    }
+
+    // For the build, which installs their output.
+    void addGenerators() {
+        const auto addGenerator = [this](const char* name,
+                                         void (*print)(std::ostream&, const CLI::App&)) {
+            add(name, "", [this, print] {
+                print(std::cout, mApp);
+                flushOutput();
+            }).group("");
+        };
+        addGenerator("man-page", printManPage);
+        addGenerator("bash-completion", printBashCompletion);
+        addGenerator("zsh-completion", printZshCompletion);
     }
 
     // `run` does what the subcommand is for, once the whole line has been parsed.
