@@ -137,7 +137,8 @@ void ReadOnlyDatabase::check() {
 void ReadOnlyDatabase::fail() const {
     std::string what = sqlite3_errmsg(mDb);
     const int error = sqlite3_system_errno(mDb);
-    if (sqlite3_errcode(mDb) == SQLITE_CANTOPEN && error != 0) {
+    const int code = sqlite3_errcode(mDb);
+    if ((code == SQLITE_CANTOPEN || code == SQLITE_IOERR) && error != 0) {
         what += std::string(": ") + std::strerror(error);
     }
     throw std::runtime_error(what);

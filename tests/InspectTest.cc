@@ -1,0 +1,350 @@
+// Reading the databases: what is shown, and that no byte changes.
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "tests/support/DatabaseFile.h"
+#include "tests/support/ProgramRun.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+// Launches with this duration, each closed by a switch to another app. `t` goes on from call to
+// call.
+std::string launches(const std::string& app, int count, int durationMs, int& t) {
+    std::ostringstream lines;
+    const std::string name = ",\"appName\":\"" + app + "\"}\n";
+    for (int i = 0; i < count; ++i, t += 60000) {
+        lines << R"({"t":)" << t << R"(,"hintId":4225,"hintType":1)" << name << R"({"t":)"
+              << t + durationMs << R"(,"hintId":4103)" << name << R"({"t":)" << t + 50000
+              << R"(,"hintId":4097,"appName":"com.home"})" << "\n";
+    }
+    return lines.str();
+}
+
+class InspectTest : public testing::Test {
+ protected:
+    InspectTest() {
+        int t = 0;
+        mProgram.write("launches.jsonl", launches("com.a/.Main", 7, 1000, t) +
+                                             launches("com.b", 2, 500, t) +
+                                             launches("com.z", 5, 700, t));
+        EXPECT_EQ(mProgram.run("replay --root good launches.jsonl").status, 0);
+        fs::create_directory(mProgram.path("tmp"));
+    }
+
+    fs::path folder() const { return mProgram.path("root/data/vendor/lm"); }
+
+    // A root that has been learned on, for a case of its own.
+    void fresh() const {
+        fs::remove_all(mProgram.path("root"));
+        fs::copy(mProgram.path("good"), mProgram.path("root"), fs::copy_options::recursive);
+    }
+
+    // Every file below the root: its bytes and when it was changed.
+    std::map<std::string, std::pair<std::string, timespec>> files() const {
+        std::map<std::string, std::pair<std::string, timespec>> found;
+        for (const auto& entry : fs::recursive_directory_iterator(mProgram.path("root"))) {
+            struct stat status{};
+            stat(entry.path().c_str(), &status);
+            found[entry.path()] = {entry.is_regular_file() ? mProgram.read(entry.path()) : "",
+                                   status.st_mtim};
+        }
+        return found;
+    }
+
+    // Runs a command that only reads, and sees that it did, and left nothing behind.
+    ProgramRun::Result readOnly(const std::string& arguments) const {
+        const auto before = files();
+        auto result = mProgram.run(arguments, "", "tmp");
+        const auto after = files();
+        EXPECT_TRUE(std::ranges::equal(before, after, [](const auto& a, const auto& b) {
+            return a.first == b.first && a.second.first == b.second.first &&
+                   a.second.second.tv_sec == b.second.second.tv_sec &&
+                   a.second.second.tv_nsec == b.second.second.tv_nsec;
+        })) << arguments;
+        EXPECT_TRUE(fs::is_empty(mProgram.path("tmp"))) << arguments;
+        return result;
+    }
+
+    // The apps of `inspect --json`, by name.
+    std::map<std::string, Json> inspect(const std::string& root = "root") const {
+        std::map<std::string, Json> apps;
+        const auto result = readOnly("inspect --json --root " + root);
+        const Json shown = Json::parse(result.out);
+        for (const Json& app : shown.at("apps")) {
+            apps[app.at("app")] = app;
+        }
+        return apps;
+    }
+
+    ProgramRun mProgram;
+};
+
+TEST_F(InspectTest, ShowsAppsInATableAndOneInFull) {
+    fresh();
+    EXPECT_EQ(readOnly("inspect --root root").out,
+              "app                             state     learned ms    since  relearn   stored\n"
+              "com.a/.Main                     learned         1000    1/100       no      0/5\n"
+              "com.b                           learning           -        -        -      2/5\n"
+              "com.z                           learning           -        -        -      5/5\n");
+    EXPECT_EQ(readOnly("inspect com.b --root root").out,
+              "com.b\n"
+              "  state            learning\n"
+              "  learned          nothing\n"
+              "  launches stored  2 of 5\n"
+              "  durations in ms, oldest first\n"
+              "         500         500\n");
+    const auto apps = inspect();
+    EXPECT_EQ(apps.at("com.a/.Main").at("learnedMs"), 1000);
+    EXPECT_EQ(apps.at("com.a/.Main").at("launchesSince"), 1);
+    EXPECT_EQ(apps.at("com.b").at("durationsMs"), (Json{500, 500}));
+    EXPECT_EQ(apps.at("com.b").at("learnedMs"), nullptr);
+}
+
+TEST_F(InspectTest, ExplainsWithTheSetUpsClassesAndGames) {
+    fresh();
+    const auto next = [&](const std::string& options) {
+        return Json::parse(readOnly("explain --json --root root com.z " + options).out);
+    };
+    mProgram.write("host.json", R"({"host":{"appClasses":{"com.z":3},"games":["com.a"],)"
+                                R"("disabledApps":["com.b"]}})");
+    mProgram.write("game.json", R"({"host":{"games":["com.z"]}})");
+    const struct {
+        const char* options;
+        int learnedMs;
+    } cases[] = {
+        {"", 750},
+        {"--class 2", 1500},
+        {"--host host.json", 2000},
+        {"--host host.json --class 1", 1200},
+        {"--game --class 1", 15000},
+        {"--host game.json", 2000},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.options);
+        EXPECT_EQ(next(c.options).at("after").at("learnedMs"), c.learnedMs);
+    }
+    const std::string text = readOnly("explain --root root com.z").out;
+    for (const char* words :
+         {"5 of 5 launches stored", "the mean of the larger 2 of 5 is 700 ms",
+          "clamp of an ordinary app of class 0: 750 to 1350 ms, raised", "learned, with 750 ms"}) {
+        EXPECT_NE(text.find(words), std::string::npos) << text;
+    }
+    EXPECT_NE(readOnly("explain --root root com.b").out.find("2 of 5 launches stored"),
+              std::string::npos);
+    EXPECT_NE(readOnly("explain --root root --host host.json com.b")
+                  .out.find("configuration asks for that"),
+              std::string::npos);
+    EXPECT_NE(readOnly("explain --root root com.a/.Main").out.find("number 2 of 100"),
+              std::string::npos);
+}
+
+TEST_F(InspectTest, ReadsWhateverStateTheFilesWereLeftIn) {
+    fresh();
+    const auto all = inspect();
+    const std::string output = folder() / "KestrelStartsAction.db";
+    ASSERT_TRUE(fs::exists(output + "-wal"));  // the plug-in's singleton never closes it
+    EXPECT_EQ(inspect("root/data/vendor/lm"), all);
+    // As it is pulled from a device, and as nobody may write to it.
+    fs::remove(output + "-shm");
+    EXPECT_EQ(inspect(), all);
+    fs::permissions(folder(), fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_EQ(inspect(), all);
+    fs::permissions(folder(), fs::perms::owner_all);
+    DatabaseFile(output).run("PRAGMA wal_checkpoint(TRUNCATE)");
+    EXPECT_EQ(inspect(), all);
+    std::ofstream(output + "-wal");
+    EXPECT_EQ(inspect(), all);
+    // A name that SQLite would take for options.
+    fs::rename(mProgram.path("root"), mProgram.path("root?mode=rw#%41"));
+    const auto result = mProgram.run("inspect --json --root 'root?mode=rw#%41'");
+    EXPECT_EQ(Json::parse(result.out).at("apps").size(), all.size());
+}
+
+TEST_F(InspectTest, ReadsUnderARunningHost) {
+    fresh();
+    const std::string fifo = mProgram.path("records");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::string command = "cd '" + mProgram.path(".").string() +
+                                "' && " KESTREL_PROGRAM " replay --json --root root - >records";
+    std::FILE* host = popen(command.c_str(), "w");
+    std::FILE* records = std::fopen(fifo.c_str(), "r");
+    ASSERT_TRUE(host != nullptr && records != nullptr);
+    int t = 0;
+    const auto launch = [&](int count) {
+        std::fputs(launches("com.live", count, 300, t).c_str(), host);
+        std::fflush(host);
+    };
+    // Reads what the host prints up to a text. False: it has ended.
+    const auto waitFor = [&](const char* text) {
+        std::array<char, 4096> line{};
+        while (std::fgets(line.data(), line.size(), records) != nullptr) {
+            EXPECT_EQ(std::strstr(line.data(), "ERROR"), nullptr) << line.data();
+            if (std::strstr(line.data(), text) != nullptr) {
+                return true;
+            }
+        }
+        return false;
+    };
+    for (int stored = 1; stored <= 4; ++stored) {
+        launch(1);
+        ASSERT_TRUE(waitFor(R"("kind":"measured")"));
+        EXPECT_EQ(inspect()["com.live"]["launchesStored"], stored);
+        EXPECT_EQ(inspect()["com.a/.Main"]["launchesSince"], 1);
+    }
+    // The host has noticed nothing.
+    launch(2);
+    ASSERT_TRUE(waitFor(R"("app":"com.live","state":4)"));
+    pclose(host);
+    EXPECT_EQ(inspect()["com.live"]["learnedMs"], 750);
+    std::fclose(records);
+}
+
+TEST_F(InspectTest, DamageIsToldPerFileAndTheRestIsShown) {
+    const struct {
+        const char* name;
+        const char* file;
+        std::function<void(const fs::path& file)> put;
+        int status;
+        const char* message;
+        std::size_t apps;  // that are shown
+    } cases[] = {
+        {"garbage", "KestrelStarts.db",
+         [](const fs::path& f) { std::ofstream(f) << std::string(5000, '\xA5'); }, 1,
+         "KestrelStarts.db: file is not a database", 1},
+        {"empty", "KestrelStartsState.db", [](const fs::path& f) { std::ofstream{f}; }, 1,
+         "KestrelStartsState.db: no such table: app_state", 3},
+        {"directory", "KestrelStartsState.db", [](const fs::path& f) { fs::create_directory(f); },
+         1, "KestrelStartsState.db: disk I/O error: Is a directory", 3},
+        {"dangling link", "KestrelStarts.db",
+         [](const fs::path& f) { fs::create_symlink("/nowhere/x", f); }, 1,
+         "KestrelStarts.db: unable to open database file: No such file", 1},
+        {"cut", "KestrelStarts.db",
+         [this](const fs::path& f) {
+             fs::copy(mProgram.path("good/data/vendor/lm/KestrelStarts.db"), f);
+             fs::resize_file(f, 4096);
+         },
+         1, "KestrelStarts.db: database disk image is malformed", 1},
+        {"other columns", "KestrelStartsState.db",
+         [](const fs::path& f) {
+             std::ofstream{f};
+             DatabaseFile(f).run("CREATE TABLE app_state(a, b)");
+         },
+         1, "KestrelStartsState.db: no such column: appName", 3},
+        {"missing", "KestrelStarts.db", [](const fs::path&) {}, 0, "", 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        fresh();
+        const fs::path file = folder() / c.file;
+        fs::remove(file);
+        c.put(file);
+        const auto result = readOnly("inspect --json --root root");
+        EXPECT_EQ(result.status, c.status) << result.err;
+        EXPECT_EQ(result.err.find(c.message), 0U) << result.err;
+        const Json shown = Json::parse(result.out);
+        EXPECT_EQ(shown.at("apps").size(), c.apps);
+        for (const Json& told : shown.at("files")) {
+            EXPECT_EQ(told.at("damage").is_null(), c.status == 0 || told.at("file") != c.file);
+        }
+    }
+}
+
+TEST_F(InspectTest, WhatIsNotThereIsTold) {
+    fresh();
+    mProgram.write("other.json", R"({"host":{"featureName":"Other"}})");
+    fs::create_directory(mProgram.path("empty"));
+    const struct {
+        const char* arguments;
+        const char* message;
+    } cases[] = {
+        {"inspect --root nowhere", "nowhere: No such file or directory"},
+        {"inspect --root launches.jsonl", "launches.jsonl: Not a directory"},
+        {"inspect --root empty", "empty: none of KestrelStarts.db, "},
+        {"inspect --root root com.none", "com.none: nothing is stored of it\n"},
+        {"explain --root root com.a", "com.a: nothing is stored of it; there is com.a/.Main\n"},
+        {"explain --root root", "APP is required"},
+        {"inspect", "--root is required"},
+        {"explain --root root --class x com.b", "x"},
+        {"inspect --root root --host missing.json", "missing.json: No such file"},
+        {"explain --root root --host other.json com.b", "com.b: nothing is stored of it\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        const auto result = readOnly(c.arguments);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_EQ(result.out, "");
+    }
+}
+
+TEST_F(InspectTest, SeveralRecordsAndOddRowsAreShown) {
+    fresh();
+    DatabaseFile(folder() / "KestrelStartsAction.db")
+        .run(
+            "INSERT INTO output_table VALUES (4225, 'com.a/.Main', NULL, zeroblob(4)),"
+            " (4225, 'com.new', NULL, x''), (7, 'com.other', NULL, zeroblob(536))");
+    DatabaseFile(folder() / "KestrelStartsState.db")
+        .run("INSERT INTO app_state(rowid, appName, blob) VALUES (5000000000, 'com.b', x'63')");
+    DatabaseFile(folder() / "KestrelStarts.db")
+        .run(
+            "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n WHERE i < 12000)"
+            " INSERT INTO KestrelStarts SELECT 4225, x'ff' || 'many', NULL, x'0a' FROM n");
+    const auto apps = inspect();
+    EXPECT_EQ(apps.size(), 5U);
+    EXPECT_EQ(apps.at("com.a/.Main").at("records"), 2);
+    EXPECT_EQ(apps.at("com.new").at("learnedMs"), 0);
+    EXPECT_EQ(apps.at("com.b").at("state"), 0);
+    EXPECT_EQ(apps.at("\ufffdmany").at("launchesStored"), 12000);
+    EXPECT_EQ(apps.at("\ufffdmany").at("durationsMs").back(), 10);
+    EXPECT_NE(readOnly("inspect --root root").out.find("?many  "), std::string::npos);
+    EXPECT_NE(readOnly("explain --root root com.a/.Main").out.find("2 learned records instead"),
+              std::string::npos);
+}
+
+// Names every option that --help names.
+TEST_F(InspectTest, ManPageAndCompletionsKnowEveryOption) {
+    const std::string page = mProgram.run("man-page").out;
+    const std::string bash = mProgram.run("bash-completion").out;
+    const std::string zsh = mProgram.run("zsh-completion").out;
+    const std::string help = mProgram.run("--help").out;
+    std::size_t options = 0;
+    std::istringstream commands(help.substr(help.find("Subcommands:")));
+    std::string line;
+    std::getline(commands, line);
+    while (std::getline(commands, line) && line.starts_with("  ")) {
+        const std::string command = line.substr(2, line.find(' ', 2) - 2);
+        SCOPED_TRACE(command);
+        std::istringstream words(mProgram.run(command + " --help").out);
+        for (std::string word; words >> word;) {
+            if (!word.starts_with("--") && !word.starts_with("-h,--")) {
+                continue;
+            }
+            std::string option = word.substr(word.find("--"));
+            option = option.substr(0, option.find_first_of(",{"));
+            ++options;
+            std::string roff;
+            for (const char c : option) {
+                roff += c == '-' ? "\\-" : std::string(1, c);
+            }
+            EXPECT_NE(page.find("\\fB" + roff + "\\fR"), std::string::npos) << option;
+            EXPECT_NE(bash.find(' ' + option), std::string::npos) << option;
+            EXPECT_NE(zsh.find('\'' + option), std::string::npos) << option;
+        }
+        EXPECT_NE(page.find(".SS " + command), std::string::npos);
+    }
+    EXPECT_GT(options, 10U);
+}
+
+}  // namespace
