@@ -108,8 +108,11 @@ Explanation explain(const std::string& app, const StoredApp& stored, int32_t lau
     Explanation x;
     x.launchType = launchType;
     x.appClass = appClass;
-    x.storedState = stored.state.value_or(APP_STATE_LEARNING);
-    x.state = isUnfinished(x.storedState) ? APP_STATE_LEARNING : x.storedState;
+    x.storedState = stored.state;
+    x.state = stored.state.value_or(APP_STATE_LEARNING);
+    if (isUnfinished(x.state)) {
+        x.state = APP_STATE_LEARNING;
+    }
     std::ranges::transform(stored.launches, std::back_inserter(x.durations),
                            &KSInputDbData::launchDuration);
     x.recordCount = stored.records.size();

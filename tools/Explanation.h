@@ -39,7 +39,7 @@ enum class NextStep {
 struct Explanation {
     int32_t launchType = 0;
     int32_t appClass = 0;
-    AppState storedState = APP_STATE_LEARNING;
+    std::optional<AppState> storedState;  // none: not known, which counts as learning
     AppState state = APP_STATE_LEARNING;  // after the host's start, which abandons unfinished steps
     std::vector<int> durations;           // of the stored launches, oldest first; ms
     std::size_t recordCount = 0;

@@ -40,9 +40,7 @@ class Printer {
 
     void print(bool isConfigured) {
         mOut << styled(printable(mApp), Emphasis::heading) << '\n';
-        say("It is " + launchWords(mX) + ". Its state is " +
-            styledState(stateWords(mX.storedState), mX.storedState) + "." +
-            (mX.state != mX.storedState ? " A host that starts takes it back to learning." : ""));
+        say("It is " + launchWords(mX) + ". " + currentState());
         printLaunches();
         if (mX.evaluation) {
             printAverage(*mX.evaluation);
@@ -56,6 +54,17 @@ class Printer {
         mOut << '\n' << styled(text, Emphasis::heading) << '\n';
     }
     void say(const std::string& text) { mOut << wrapped("  " + text, LINE_WIDTH, 2) << '\n'; }
+
+    std::string currentState() const {
+        const std::string state =
+            "Its state is " + styledState(stateWords(mX.storedState), mX.storedState);
+        if (!mX.storedState) {
+            return state + ", which counts as learning.";
+        }
+        return state + (mX.state == mX.storedState
+                            ? "."
+                            : ". A host that starts takes it back to learning.");
+    }
 
     void printLaunches() {
         heading("Stored launches");
@@ -295,7 +304,7 @@ Json explanationJson(const std::string& app, const Explanation& x, const Learnin
             {"app", app},
             {"launchType", x.launchType},
             {"class", x.appClass},
-            {"state", static_cast<int32_t>(x.storedState)},
+            {"state", x.storedState ? Json(static_cast<int32_t>(*x.storedState)) : Json()},
             {"stateText", stateWords(x.storedState)},
             {"records", x.recordCount},
             {"learnedMs", learned(x.record, &KSPerfdOutput::launchDuration)},

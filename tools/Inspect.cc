@@ -21,8 +21,8 @@ std::string outOf(std::size_t count, int32_t total) {
 
 void printRow(const std::string& app, const StoredApp& stored) {
     const KSPerfdOutput* record = stored.records.empty() ? nullptr : &stored.records.front();
-    const int32_t state = stateOf(stored);
-    std::cout << appText(app) << GAP << styledState(padded(stateText(state), STATE_WIDTH), state);
+    const std::string state = stored.state ? stateText(*stored.state) : stateWords({});
+    std::cout << appText(app) << GAP << styledState(padded(state, STATE_WIDTH), stored.state);
     if (record != nullptr) {
         std::cout << right(std::to_string(record->launchDuration), LEARNED_WIDTH)
                   << right(std::to_string(record->launchCount) + "/" +
@@ -58,7 +58,7 @@ void printTable(const LearningStore& store) {
 
 void printApp(const std::string& app, const StoredApp& stored) {
     std::cout << styled(printable(app), Emphasis::heading) << "\n  state            "
-              << styledState(stateWords(stateOf(stored)), stateOf(stored)) << '\n';
+              << styledState(stateWords(stored.state), stored.state) << '\n';
     for (const KSPerfdOutput& record : stored.records) {
         std::cout << "  learned          " << record.launchDuration << " ms\n"
                   << "  launches since   " << record.launchCount << " of " << KS_LAUNCHES_TO_RELEARN

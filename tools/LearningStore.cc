@@ -51,8 +51,12 @@ fs::path copyInto(const fs::path& folder, const fs::path& file) {
     const fs::path copy = folder / "copy.db";
     const std::string original = fs::canonical(file).string();
     for (const char* suffix : {"", "-wal", "-journal"}) {
-        if (fs::exists(original + suffix)) {
-            fs::copy_file(original + suffix, copy.string() + suffix);
+        std::error_code error;
+        if (fs::exists(original + suffix, error)) {
+            fs::copy_file(original + suffix, copy.string() + suffix, error);
+        }
+        if (error) {
+            throw std::runtime_error("cannot copy " + original + suffix + ": " + error.message());
         }
     }
     return copy;
@@ -122,6 +126,11 @@ LearningStore readLearningStore(const fs::path& root, const std::string& feature
                       }
                   }),
     };
+    if (store.files.back().damage.empty()) {
+        for (auto& entry : store.apps) {
+            entry.second.state = entry.second.state.value_or(APP_STATE_LEARNING);
+        }
+    }
     return store;
 }
 

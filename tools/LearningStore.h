@@ -13,7 +13,7 @@
 
 // What is stored of one app.
 struct StoredApp {
-    std::optional<AppState> state;        // none: nothing, which stands for APP_STATE_LEARNING
+    std::optional<AppState> state;        // none: not known, because the states are damaged
     std::vector<KSPerfdOutput> records;   // the learned record; several: the store is damaged
     std::vector<KSInputDbData> launches;  // those that wait for a decision, oldest first
 };

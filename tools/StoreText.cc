@@ -20,12 +20,11 @@ HostSetup setupOf(const std::optional<std::string>& hostFile) {
     return hostFile ? readSetupFile(*hostFile) : HostSetup{};
 }
 
-AppState stateOf(const StoredApp& stored) {
-    return stored.state.value_or(APP_STATE_LEARNING);
-}
-
-std::string stateWords(int32_t state) {
-    switch (state) {
+std::string stateWords(std::optional<AppState> state) {
+    if (!state) {
+        return "unknown";
+    }
+    switch (*state) {
         case APP_STATE_EVALUATING:
             return "evaluating (1)";
         case APP_STATE_EVALUATED:
@@ -35,7 +34,7 @@ std::string stateWords(int32_t state) {
         case APP_STATE_RELEARN:
             return "going back to learning (5)";
         default:
-            return stateText(state);
+            return stateText(*state);
     }
 }
 
@@ -87,8 +86,8 @@ Json filesJson(const LearningStore& store) {
 Json appJson(const std::string& app, const StoredApp& stored) {
     const KSPerfdOutput* record = stored.records.empty() ? nullptr : &stored.records.front();
     return {{"app", app},
-            {"state", static_cast<int32_t>(stateOf(stored))},
-            {"stateText", stateWords(stateOf(stored))},
+            {"state", stored.state ? Json(static_cast<int32_t>(*stored.state)) : Json()},
+            {"stateText", stateWords(stored.state)},
             {"records", stored.records.size()},
             {"learnedMs", record != nullptr ? Json(record->launchDuration) : Json()},
             {"launchesSince", record != nullptr ? Json(record->launchCount) : Json()},

@@ -15,10 +15,8 @@
 // The set-up of a file; the default one for none. Throws InputError.
 HostSetup setupOf(const std::optional<std::string>& hostFile);
 
-AppState stateOf(const StoredApp& stored);
-
-// A learning state in words and, unless it is common, its number.
-std::string stateWords(int32_t state);
+// A learning state in words and, unless it is common, its number; "unknown" for none.
+std::string stateWords(std::optional<AppState> state);
 
 std::vector<int> durationsOf(const StoredApp& stored);
 

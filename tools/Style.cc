@@ -39,8 +39,8 @@ std::string styled(const std::string& text, Emphasis emphasis) {
     return WANTED ? codeOf(emphasis) + text + "\033[0m" : text;
 }
 
-std::string styledState(const std::string& text, int32_t state) {
-    switch (state) {
+std::string styledState(const std::string& text, std::optional<int32_t> state) {
+    switch (state.value_or(APP_STATE_LEARNING)) {
         case APP_STATE_LEARNED:
             return styled(text, Emphasis::good);
         case APP_STATE_DISABLED:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 // Emphasis for people who look at a terminal. Anywhere else, and wherever NO_COLOR is set, these
@@ -10,4 +12,4 @@ enum class Emphasis { heading, good, warning };
 std::string styled(const std::string& text, Emphasis emphasis);
 
 // That of an app's learning state.
-std::string styledState(const std::string& text, int32_t state);
+std::string styledState(const std::string& text, std::optional<int32_t> state);
