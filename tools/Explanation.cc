@@ -113,8 +113,7 @@ Explanation explain(const std::string& app, const StoredApp& stored, int32_t lau
     if (isUnfinished(x.state)) {
         x.state = APP_STATE_LEARNING;
     }
-    std::ranges::transform(stored.launches, std::back_inserter(x.durations),
-                           &KSInputDbData::launchDuration);
+    x.durations = durationsOf(stored);
     x.recordCount = stored.records.size();
     if (!stored.records.empty()) {
         x.record = stored.records.front();
@@ -130,7 +129,7 @@ Explanation explain(const std::string& app, const StoredApp& stored, int32_t lau
     } else {
         explainLearning(x, stored.launches);
     }
-    x.isMeasured = x.next != NextStep::passes && (x.stateAfter != APP_STATE_LEARNED);
+    x.isMeasured = x.next != NextStep::passes && x.stateAfter != APP_STATE_LEARNED;
     if (x.next != NextStep::disables) {
         x.launchBoostMs = feedbackDuration(app, x.recordAfter);
     }

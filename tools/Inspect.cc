@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t LEARNED_WIDTH = 12;
 constexpr std::size_t COUNT_WIDTH = 9;
 
-std::string outOf(std::size_t count, int32_t total) {
+std::string outOf(int64_t count, int32_t total) {
     return std::to_string(count) + "/" + std::to_string(total);
 }
 
@@ -25,15 +25,14 @@ void printRow(const std::string& app, const StoredApp& stored) {
     std::cout << appText(app) << GAP << styledState(padded(state, STATE_WIDTH), stored.state);
     if (record != nullptr) {
         std::cout << right(std::to_string(record->launchDuration), LEARNED_WIDTH)
-                  << right(std::to_string(record->launchCount) + "/" +
-                               std::to_string(KS_LAUNCHES_TO_RELEARN),
-                           COUNT_WIDTH)
+                  << right(outOf(record->launchCount, KS_LAUNCHES_TO_RELEARN), COUNT_WIDTH)
                   << right(record->retriggered == 1 ? "yes" : "no", COUNT_WIDTH);
     } else {
         std::cout << right("-", LEARNED_WIDTH) << right("-", COUNT_WIDTH)
                   << right("-", COUNT_WIDTH);
     }
-    std::cout << right(outOf(stored.launches.size(), KS_LAUNCHES_TO_DECIDE), COUNT_WIDTH) << '\n';
+    const auto waiting = static_cast<int64_t>(stored.launches.size());
+    std::cout << right(outOf(waiting, KS_LAUNCHES_TO_DECIDE), COUNT_WIDTH) << '\n';
 }
 
 void printTable(const LearningStore& store) {
@@ -51,7 +50,8 @@ void printTable(const LearningStore& store) {
     }
     for (const auto& [app, stored] : store.apps) {
         if (stored.records.size() > 1) {
-            std::cout << '\n' << wrapped(printable(app) + ": " + tooManyRecords(stored), 80, 2);
+            std::cout << wrapped(printable(app) + ": " + tooManyRecords(stored), LINE_WIDTH, 2)
+                      << '\n';
         }
     }
 }

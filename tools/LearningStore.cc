@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
@@ -62,6 +63,7 @@ fs::path copyInto(const fs::path& folder, const fs::path& file) {
     return copy;
 }
 
+// Calls `read` with the file, or with a copy where reading would change it; then checks all of it.
 void readDatabase(const fs::path& file, const std::function<void(ReadOnlyDatabase&)>& read) {
     std::optional<TemporaryDirectory> copies;
     std::optional<ReadOnlyDatabase> database;
@@ -71,9 +73,10 @@ void readDatabase(const fs::path& file, const std::function<void(ReadOnlyDatabas
             const bool copied = access == DatabaseAccess::copied;
             database.emplace(copied ? copyInto(copies.emplace().path(), file) : file, access);
         } catch (const std::runtime_error&) {
+            // Unless a host has begun or ended meanwhile.
             if (accessOf(file) == access) {
                 throw;
-            }  // else a host has begun or ended meanwhile
+            }
         }
     }
     read(*database);
@@ -99,6 +102,13 @@ StoreFile readTable(const fs::path& folder, const std::string& name, const char*
 }
 
 }  // namespace
+
+std::vector<int> durationsOf(const StoredApp& stored) {
+    std::vector<int> durations;
+    std::ranges::transform(stored.launches, std::back_inserter(durations),
+                           &KSInputDbData::launchDuration);
+    return durations;
+}
 
 bool LearningStore::isDamaged() const {
     return std::ranges::any_of(files, [](const StoreFile& file) { return !file.damage.empty(); });

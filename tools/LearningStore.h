@@ -18,6 +18,9 @@ struct StoredApp {
     std::vector<KSInputDbData> launches;  // those that wait for a decision, oldest first
 };
 
+// Those of the launches, in ms.
+std::vector<int> durationsOf(const StoredApp& stored);
+
 // One of the databases.
 struct StoreFile {
     std::string name;

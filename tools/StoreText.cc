@@ -1,8 +1,6 @@
 #include "tools/StoreText.h"
 
-#include <algorithm>
 #include <iostream>
-#include <iterator>
 #include <stdexcept>
 
 #include "learning/LearningRules.h"
@@ -36,13 +34,6 @@ std::string stateWords(std::optional<AppState> state) {
         default:
             return stateText(*state);
     }
-}
-
-std::vector<int> durationsOf(const StoredApp& stored) {
-    std::vector<int> durations;
-    std::ranges::transform(stored.launches, std::back_inserter(durations),
-                           &KSInputDbData::launchDuration);
-    return durations;
 }
 
 void printDurations(std::ostream& out, const std::vector<int>& durations) {

@@ -18,8 +18,6 @@ HostSetup setupOf(const std::optional<std::string>& hostFile);
 // A learning state in words and, unless it is common, its number; "unknown" for none.
 std::string stateWords(std::optional<AppState> state);
 
-std::vector<int> durationsOf(const StoredApp& stored);
-
 // Durations in columns.
 void printDurations(std::ostream& out, const std::vector<int>& durations);
 

@@ -28,7 +28,7 @@ bool hasContent(const fs::path& file) {
     return !error && size > 0;
 }
 
-// What SQLite takes for a file's name; in any other it would look for options.
+// The file's name for an open with options, which must not find any in the name.
 std::string uriOf(const fs::path& file) {
     constexpr std::string_view PLAIN = "/._-~";
     std::string uri = "file://";
