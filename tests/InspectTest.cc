@@ -314,7 +314,7 @@ TEST_F(InspectTest, SeveralRecordsAndOddRowsAreShown) {
     EXPECT_NE(table.find("?many  "), std::string::npos);
     EXPECT_TRUE(
         table.ends_with("com.a/.Main: 2 learned records instead of one; the next count or"
-                        " decision deletes\n  them\n"))
+                        " decision\n  deletes them\n"))
         << table;
     EXPECT_NE(readOnly("explain --root root com.a/.Main").out.find("2 learned records instead"),
               std::string::npos);
