@@ -100,6 +100,20 @@ class ExplanationTest : public FeatureTest {
         }
     }
 
+    // Each pass leaves what it does not tell as removed.
+    static void expectConsistentPasses(const Evaluation& e) {
+        for (std::size_t i = 0; i < e.passes.size(); ++i) {
+            std::vector<int> left = e.passes[i].values;
+            const auto& examined = e.passes[i].seen.examined;
+            for (auto one = examined.rbegin(); one != examined.rend(); ++one) {
+                if (one->removed) {
+                    left.erase(left.begin() + static_cast<std::ptrdiff_t>(one->index));
+                }
+            }
+            EXPECT_EQ(left, i + 1 < e.passes.size() ? e.passes[i + 1].values : e.kept);
+        }
+    }
+
     void expectAgreement(const App& app, const Explanation& x) {
         mHost.takeLog();
         AsyncTriggerPayload launch = launchOf(app.name);
@@ -147,6 +161,7 @@ TEST_F(ExplanationTest, AgreesWithThePlugInOnRandomStores) {
                 explain(app.name, before.apps[app.name], app.launchType, app.appClass);
             ++seen[x.next];
             expectAgreement(app, x);
+            expectConsistentPasses(x.evaluation.value_or(Evaluation{}));
             explanations[app.name] = x;
         }
         LearningStore after = readStore();
