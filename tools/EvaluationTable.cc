@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr std::size_t NAME_WIDTH = 22;
+constexpr std::size_t NAME_WIDTH = 19;
 constexpr std::size_t LAUNCHES_WIDTH = 9;
-constexpr std::size_t PERCENT_WIDTH = 5;
+constexpr std::size_t PERCENT_WIDTH = 6;
 constexpr std::size_t FULLY_WIDTH = 6;
 constexpr std::size_t WASTED_WIDTH = 6;
 constexpr std::size_t BOOSTED_WIDTH = 10;
@@ -20,10 +20,11 @@ std::string cell(const std::string& text, std::size_t width) {
     return ' ' + right(text, width - 1);
 }
 
-// Whole percents, rounded down: 100 is said of nothing less. What is added makes up for ratios that
-// a double holds a little too small, such as 0.29.
+// With one decimal, rounded down: 100.0 is said of nothing less. What is added makes up for ratios
+// that a double holds a little too small, such as 0.29.
 std::string percentText(double ratio) {
-    return std::to_string(std::lround(std::floor(ratio * 100 + 1e-9)));
+    const long tenths = std::lround(std::floor(ratio * 1000 + 1e-9));
+    return std::to_string(tenths / 10) + '.' + std::to_string(tenths % 10);
 }
 
 void printHeader(const std::string& name, std::ostream& out) {

@@ -9,7 +9,8 @@ const DAY_MS = 86400000;
 // Narrow blanks that no line breaks at, between thousands.
 const grouped = (n) => String(n).replace(/\B(?=(\d{3})+$)/g, '\u202f');
 const ms = (value) => grouped(Math.round(value));
-const percent = (ratio) => (ratio * 100).toFixed(1);
+// Rounded down: 100.0 is said of nothing less.
+const percent = (ratio) => (Math.floor(ratio * 1000 + 1e-9) / 10).toFixed(1);
 
 // [DAYSd ]HH:MM:SS.mmm, as the input's clock says it.
 function timeText(t) {
