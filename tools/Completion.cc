@@ -94,7 +94,7 @@ std::string zshAction(const CLI::Option& option) {
     return "( )";  // nothing: a message would keep options from being inserted
 }
 
-// The specifications of a command's options and arguments, one a line.
+// What zsh is told of a command's options and arguments, one a line.
 void printZshArguments(std::ostream& out, const CLI::App& command, const char* indent) {
     for (const CLI::Option* option : command.get_options()) {
         const std::string value = zshText(placeholderOf(*option)) + ":" + zshAction(*option);

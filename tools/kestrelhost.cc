@@ -110,7 +110,7 @@ class CommandLine {
         addHost(command, mEvaluate.hostFile);
         command.add_flag("--json", mEvaluate.json, "Print one JSON object");
         command.footer(
-            "Replays the inputs once, as replay does without --root; nothing is kept.\n\n"
+            "Replays the inputs once, on a root that is not kept.\n\n"
             "Example:\n  kestrelhost evaluate launches.log");
     }
 
@@ -124,7 +124,7 @@ class CommandLine {
             ->type_name("FILE")
             ->check(NAME);
         command.footer(
-            "Replays the inputs once, as replay does without --root; nothing is kept.\n\n"
+            "Replays the inputs once, on a root that is not kept.\n\n"
             "Example:\n  kestrelhost report --out launches.html launches.log");
     }
 
