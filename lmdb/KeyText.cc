@@ -11,12 +11,13 @@ namespace {
 // Appends "'TEXT'", with the single quotes in it doubled.
 void appendQuoted(std::string_view text, std::string& query) {
     query += '\'';
-    for (const char c : text) {
-        if (c == '\'') {
-            query += '\'';
-        }
-        query += c;
+    for (std::size_t quote = text.find('\''); quote != std::string_view::npos;
+         quote = text.find('\'')) {
+        query += text.substr(0, quote + 1);
+        query += '\'';
+        text.remove_prefix(quote + 1);
     }
+    query += text;
     query += '\'';
 }
 
@@ -88,8 +89,13 @@ bool appendWhereClause(const LMDBDataRowKey& key, std::string& query) {
 }
 
 std::string selectText(const char* operation, const std::string& table, const LMDBDataRowKey& key) {
-    std::string query = operation;
-    query += " FROM " + table + " ";
+    constexpr std::size_t REST = 80;  // what surrounds the names, so that the text grows once
+    std::string query;
+    query.reserve(REST + table.size() + key.appName.size() + key.rsvdName.size());
+    query += operation;
+    query += " FROM ";
+    query += table;
+    query += ' ';
     if (!appendWhereClause(key, query)) {
         query.back() = '(';
     }

@@ -190,9 +190,7 @@ void bindRow(Statement& statement, const LMDBDataRow<T>& row, const char* functi
 // Fills a new row from the current row of a read.
 template <class T>
 void readRow(Statement& statement, LMDBDataRow<T>& row) {
-    if (!statement.columnIsNull(0)) {
-        row.intcol1 = statement.columnInt(0);
-    }
+    row.intcol1 = statement.columnInt(0, LMDB_UNSET_INT);
     statement.columnText(1, row.appName);
     statement.columnText(2, row.rsvdName);
     std::size_t blobSize = 0;

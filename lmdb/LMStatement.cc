@@ -85,31 +85,28 @@ int Statement::finalize() {
     return code;
 }
 
-int32_t Statement::columnInt(int column) {
-    return sqlite3_column_int(mStatement, column);
+int32_t Statement::columnInt(int column, int32_t ifNull) {
+    const int32_t value = sqlite3_column_int(mStatement, column);
+    // NULL reads as 0. Each question to SQLite takes its lock, so only a 0 is looked into.
+    return value == 0 && sqlite3_column_type(mStatement, column) == SQLITE_NULL ? ifNull : value;
 }
 
 int64_t Statement::columnInt64(int column) {
     return sqlite3_column_int64(mStatement, column);
 }
 
-bool Statement::columnIsNull(int column) {
-    return sqlite3_column_type(mStatement, column) == SQLITE_NULL;
-}
-
 void Statement::columnText(int column, std::string& text) {
-    const bool isNull = columnIsNull(column);
-    // The text first: asking for it may convert the value, and the length is that of the result.
-    const unsigned char* bytes = sqlite3_column_text(mStatement, column);
-    const int size = sqlite3_column_bytes(mStatement, column);
-    if (bytes == nullptr && !isNull) {
-        throw std::bad_alloc();
-    }
-    if (bytes == nullptr) {
+    if (sqlite3_column_type(mStatement, column) == SQLITE_NULL) {
         text.clear();
         return;
     }
-    text.assign(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
+    // The text first: asking for it may convert the value, and the length is that of the result.
+    const unsigned char* bytes = sqlite3_column_text(mStatement, column);
+    if (bytes == nullptr) {
+        throw std::bad_alloc();
+    }
+    text.assign(reinterpret_cast<const char*>(bytes),
+                static_cast<std::size_t>(sqlite3_column_bytes(mStatement, column)));
 }
 
 const void* Statement::columnBlob(int column, std::size_t& size) {

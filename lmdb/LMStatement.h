@@ -39,9 +39,8 @@ class Statement {
     int finalize();
 
     // Columns of the current row count from 0. Throws std::bad_alloc where SQLite lacks memory.
-    int32_t columnInt(int column);
+    int32_t columnInt(int column, int32_t ifNull = 0);
     int64_t columnInt64(int column);
-    bool columnIsNull(int column);
     void columnText(int column, std::string& text);  // empty for NULL
     const void* columnBlob(int column, std::size_t& size);
 
