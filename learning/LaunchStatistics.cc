@@ -7,6 +7,25 @@
 #include "host/KestrelStartsHints.h"
 #include "host/LaunchMeter.h"
 
+namespace {
+
+// Where values have gone out of the middle of a pass, which closes when the pass ends or fails.
+struct Gap {
+    std::vector<int>& values;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+
+    explicit Gap(std::vector<int>& all) : values(all) {}
+    ~Gap() {
+        values.erase(values.begin() + static_cast<std::ptrdiff_t>(begin),
+                     values.begin() + static_cast<std::ptrdiff_t>(end));
+    }
+    Gap(const Gap&) = delete;
+    Gap& operator=(const Gap&) = delete;
+};
+
+}  // namespace
+
 int32_t truncatedMean(std::vector<int> const& values, std::size_t count) {
     if (count == 0) {
         return 0;
@@ -27,21 +46,21 @@ bool removeOutliers(std::vector<int>& dataSet, int k, OutlierPass* seen) {
     if (mean == 0) {
         return false;
     }
-    std::size_t removed = 0;
-    for (std::size_t i = 0; i < dataSet.size(); ++i) {
-        const float percentage = LaunchMeter::calcDiffPercentage(static_cast<float>(mean),
-                                                                 static_cast<float>(dataSet[i]));
+    Gap gap{dataSet};
+    while (gap.end < dataSet.size()) {
+        const float percentage = LaunchMeter::calcDiffPercentage(
+            static_cast<float>(mean), static_cast<float>(dataSet[gap.end]));
         const bool isOutlier = percentage >= KS_OUTLIER_PERCENTAGE;
         if (seen != nullptr) {
-            seen->examined.push_back({i + removed, percentage, isOutlier});
+            seen->examined.push_back({gap.end, percentage, isOutlier});
         }
-        if (isOutlier) {
-            // The value that moves into this place is left to the next pass and its new mean.
-            dataSet.erase(dataSet.begin() + static_cast<std::ptrdiff_t>(i));
-            ++removed;
+        // The value behind an outlier is left to the next pass and its new mean.
+        if (isOutlier && ++gap.end == dataSet.size()) {
+            break;
         }
+        dataSet[gap.begin++] = dataSet[gap.end++];
     }
-    return removed > 0;
+    return gap.begin < gap.end;
 }
 
 int32_t averageWithoutOutliers(std::vector<int>& durations,
