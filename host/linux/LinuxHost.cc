@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <future>
 #include <stdexcept>
@@ -100,7 +101,7 @@ void LinuxHost::start(int64_t t) {
     mPlugin = load(mOptions.plugin);
     const FeatureRegistry::Factory factory = findFactory();
     if (factory != nullptr) {
-        mFeature.reset(factory(makeFeatureInfo(runtime.setup())));
+        mFeature.reset(onOwnThread([&] { return factory(makeFeatureInfo(runtime.setup())); }));
         runtime.setFeature(FEATURE_CLASS, mFeature.get());
     }
     runtime.record(record::Start{factory != nullptr, mFeature != nullptr});
@@ -114,7 +115,7 @@ void LinuxHost::deliver(int64_t t, std::size_t line, AsyncTriggerPayload payload
     HostRuntime& runtime = HostRuntime::instance();
     runtime.setTime(t);
     runtime.record(record::Event{line, payload.hintId, payload.hintType, payload.appName});
-    mEventWorker.run([&] { mFeature->runAsync(std::move(payload)); });
+    mFeature->runAsync(std::move(payload));
     if (mFeature->mMetaMeter != nullptr) {
         mFeature->mMetaMeter->handOverFinishedRuns();
     }
@@ -148,12 +149,10 @@ void LinuxHost::feedback(int64_t t, std::size_t line, int32_t hintId, int32_t hi
 
 void LinuxHost::stop() {
     // What the service does with its idle time, before it shuts down.
-    mEventWorker.run([this] {
-        const std::atomic<bool> stopRequested{true};
-        mFeature->runAsyncIdle(stopRequested);
-        mFeature->runAsyncPeriodic(stopRequested);
-    });
+    const std::atomic<bool> stopRequested{true};
+    mFeature->runAsyncIdle(stopRequested);
+    mFeature->runAsyncPeriodic(stopRequested);
     HostRuntime::instance().setFeature(FEATURE_CLASS, nullptr);
-    mFeature.reset();
+    onOwnThread([this] { mFeature.reset(); });
     HostRuntime::instance().record(record::Stop{});
 }

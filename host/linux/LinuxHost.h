@@ -8,13 +8,14 @@
 #include "host/LmApi.h"
 #include "host/linux/HostRecord.h"
 #include "host/linux/HostSetup.h"
-#include "host/linux/Worker.h"
 
 // The service around the plug-in: loads it as the device's service does, constructs the feature and
 // delivers events to it. One process is one life of it, because the plug-in's singleton lives as
 // long as the process.
-// Threads: used from one thread. Events run on an event worker, one at a time; queries and feedback
-//          calls each on a thread of its own; every call returns when its work is done.
+// Threads: used from one thread, which is the event worker: handing each event to another one would
+//          cost as much as the event. The feature's construction and destruction, queries and
+//          feedback calls each run on a thread of their own; every call returns when its work is
+//          done.
 // Errors:  throws std::runtime_error saying what failed, and passes on what the plug-in throws.
 class LM_API LinuxHost {
  public:
@@ -48,7 +49,6 @@ class LM_API LinuxHost {
 
  private:
     Options mOptions;
-    Worker mEventWorker;
     void* mPlugin = nullptr;  // stays loaded: its singleton lives as long as the process
     std::unique_ptr<Feature> mFeature;
 };
