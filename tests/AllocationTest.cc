@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "host/DynamicLoader.h"
 #include "host/Registry.h"
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/FeatureFixture.h"
@@ -133,6 +134,36 @@ TEST(AllocationTest, AnIncompleteBatchOfLaunchesIsNotStored) {
     EXPECT_EQ(feature.mFeatureInputDb->getCountDR<KSInputDbData>(all), 0);
     EXPECT_EQ(host.takeLog(), Lines{"LMDB: getRow() 144: ERROR:Dbt=KestrelStarts new operator "
                                     "failure, allocated=1"});
+}
+
+// The service of a host that keeps no records.
+void connectSilentService() {
+    DynamicLoader& loader = DynamicLoader::getInstance();
+    loader.mPerfHint = [](int, const char*, int, int) { return 1; };
+    loader.mPerfHintAcqRel = [](int, int, const char*, int, int, int, int*) { return 1; };
+    loader.mPerfLockRel = [](int) { return 0; };
+}
+
+TEST(AllocationTest, BoostRequestsAllocateNothingButWhatReadingTheRecordTakes) {
+    TestHost host(setupWithoutKnobs());
+    KestrelStartsFeature feature(FeatureInfo{.featureName = "F"});
+    KestrelStartsAction& action = *KestrelStartsAction::getInstance(&feature);
+    connectSilentService();
+    const std::string app = "com.example.a.name.that.does.not.fit.into.a.string";
+    mpctl_msg_t message{};
+    message.hintId = 4225;
+    app.copy(message.appName, sizeof(message.appName) - 1);
+    const auto allocations = [](const auto& call) {
+        const std::size_t before = FailingAllocator::count();
+        call();
+        return FailingAllocator::count() - before;
+    };
+    const auto reading = allocations([&] { KestrelStartsAction::FeedbackCB(&message); });
+    EXPECT_GT(reading, 0U);
+    EXPECT_EQ(allocations([&] { action.applyAction(app, 4225, 8, 0, 0, true); }), reading);
+    EXPECT_EQ(allocations([&] { action.applyDefaultAttachBoost(app, 0, 0); }), reading);
+    EXPECT_EQ(allocations([&] { action.applyDefaultKSBoost(0, app, 0, 1350); }), 0U);
+    EXPECT_EQ(allocations([&] { action.ResetAction(1); }), 0U);
 }
 
 }  // namespace

@@ -7,9 +7,11 @@
 namespace {
 
 int gCountdown = 0;  // 0: nothing fails
+std::size_t gCount = 0;
 FailingAllocator::Kind gKind = FailingAllocator::Kind::returnsNull;
 
 bool failsNow(FailingAllocator::Kind kind) {
+    ++gCount;
     if (gCountdown == 0 || kind != gKind) {
         return false;
     }
@@ -34,6 +36,10 @@ FailingAllocator::~FailingAllocator() {
 
 bool FailingAllocator::hasFailed() {
     return gCountdown == 0;
+}
+
+std::size_t FailingAllocator::count() {
+    return gCount;
 }
 
 void* operator new(std::size_t size) {

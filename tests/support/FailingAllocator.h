@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 // Lets the n-th allocation of the process fail, those in the libraries included. For test programs
 // that also compile FailingAllocator.cc.
 // Threads: one at a time.
@@ -15,4 +17,7 @@ class FailingAllocator {
 
     // Whether the n-th came.
     static bool hasFailed();
+
+    // How many of either kind the process has asked for so far.
+    static std::size_t count();
 };
