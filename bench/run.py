@@ -251,7 +251,7 @@ def make_table(cases):
 def main():
     parser = argparse.ArgumentParser(description="Runs the benchmarks in turns.")
     parser.add_argument("--brief", action="store_true")
-    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--doc", type=pathlib.Path)
     parser.add_argument("build", type=pathlib.Path)
     parser.add_argument("wrapper_build", type=pathlib.Path)
