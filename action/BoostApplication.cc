@@ -97,7 +97,7 @@ void KestrelStartsAction::releaseDefaultBoosts() {
 
 void KestrelStartsAction::requestDefaultBoost(int32_t& handle, mpctl_msg_t& request, int arg0,
                                               int arg1) {
-    request.duration = std::min(request.duration, KS_MAX_DEFAULT_BOOST);
+    request.duration = defaultBoostDuration(request.duration);
     const auto perfHintAcqRel = DynamicLoader::getInstance().mPerfHintAcqRel;
     if (perfHintAcqRel == nullptr) {
         return;

@@ -38,3 +38,7 @@ inline constexpr const char* KS_ACTION_MODULE = "KestrelStartsAction:";  // the 
 // Durations in ms.
 inline constexpr int32_t KS_DEFAULT_BOOST_DURATION = 15000;  // while nothing is learned
 inline constexpr int32_t KS_MAX_DEFAULT_BOOST = 2000;        // no default boost is longer
+
+constexpr int32_t defaultBoostDuration(int32_t durationMs) {
+    return durationMs < KS_MAX_DEFAULT_BOOST ? durationMs : KS_MAX_DEFAULT_BOOST;
+}

@@ -100,9 +100,16 @@ std::string randomTrace(unsigned seed) {
     const std::vector<std::string> apps = {"com.a/.Main", "com.b", "com.a", "com.keyboard",
                                            "com.android.launcher3"};
     const std::string launch = R"(4225,"hintType":1)";
-    const std::vector<std::string> kinds = {launch, launch, launch + R"(,"launchType":2)",
-                                            "4103", "4103", "4103",
-                                            "4097", "4160", R"(1,"hintType":103)"};
+    const std::vector<std::string> kinds = {launch,
+                                            launch,
+                                            launch + R"(,"launchType":2)",
+                                            "4103",
+                                            "4103",
+                                            "4103",
+                                            R"(4103,"dataVersion":1)",
+                                            "4097",
+                                            "4160",
+                                            R"(1,"hintType":103)"};
     std::string trace = R"({"host":{"ignoredApps":["com.keyboard"],"properties":{)"
                         R"("ro.vendor.perf.kap":"true","ro.vendor.perf.kgm":"true",)"
                         R"("ro.vendor.perf.attach.hint.ks":"true","ro.vendor.perf.kplh":"true"}}})"
@@ -112,7 +119,7 @@ std::string randomTrace(unsigned seed) {
     for (int i = 0; i < 1000; ++i) {
         t += static_cast<int64_t>(below(3) * below(below(4) == 0 ? 10000 : 400));
         const std::string& kind = kinds[below(kinds.size())];
-        const bool ofLaunched = kind == "4103" && below(4) != 0;
+        const bool ofLaunched = kind.starts_with("4103") && below(4) != 0;
         const std::string& app = ofLaunched ? launched : apps[below(apps.size())];
         if (kind.starts_with(launch)) {
             launched = app;
@@ -300,6 +307,7 @@ TEST(EvaluateTest, FilesThatCannotBeWrittenAreToldBeforeAnythingIsPlayed) {
     } cases[] = {
         {"replay --trace-out no/file trace.jsonl", 1, "cannot write no/file: No such file"},
         {"replay --trace-out . trace.jsonl", 1, "cannot write .: Is a directory"},
+        {"report --out - trace.jsonl", 2, "-: a file is needed here"},
         {"replay --trace-out ./trace.jsonl trace.jsonl", 2, "./trace.jsonl: it is also read"},
         {"report --out host.json --host host.json trace.jsonl", 2, "host.json: it is also read"},
         {"report --out no/file trace.jsonl", 1, "cannot write no/file: No such file"},

@@ -101,7 +101,7 @@ class ExplanationTest : public FeatureTest {
     }
 
     // Each pass leaves what it does not tell as removed.
-    static void expectConsistentPasses(const Evaluation& e) {
+    static void expectConsistentPasses(const DurationEvaluation& e) {
         for (std::size_t i = 0; i < e.passes.size(); ++i) {
             std::vector<int> left = e.passes[i].values;
             const auto& examined = e.passes[i].seen.examined;
@@ -128,6 +128,9 @@ class ExplanationTest : public FeatureTest {
         const auto boosts = mHost.records<record::Hint>();
         ASSERT_EQ(boosts.size(), x.launchBoostMs ? 1U : 0U);
         EXPECT_EQ(boosts.empty() ? 0 : boosts.front().duration, x.launchBoostMs.value_or(0));
+        const auto defaults = mHost.records<record::HintAcqRel>();
+        EXPECT_EQ(defaults.empty() ? 0 : defaults.front().duration, x.defaultBoostMs.value_or(0));
+        EXPECT_EQ(x.evaluation && x.evaluation->isUnusable, x.next == NextStep::disables);
         EXPECT_EQ(!mHost.records<record::Meter>().empty(), x.isMeasured);
         EXPECT_EQ(mFeature.mFeatureState.readState(app.name), x.stateAfter);
     }
@@ -148,12 +151,13 @@ TEST_F(ExplanationTest, AgreesWithThePlugInOnRandomStores) {
     std::map<NextStep, int> seen;
     for (int round = 0; round < ROUNDS; ++round) {
         std::vector<App> apps;
+        apps.reserve(APPS);
         for (int i = 0; i < APPS; ++i) {
             apps.push_back(store(random, round * APPS + i));
         }
         LearningStore before = readStore();
         ASSERT_FALSE(before.isDamaged());
-        FeatureState("KestrelStarts");  // the host starts
+        const FeatureState started("KestrelStarts");  // as when the host starts
         std::map<std::string, Explanation> explanations;
         for (const App& app : apps) {
             SCOPED_TRACE(app.name);
@@ -161,7 +165,7 @@ TEST_F(ExplanationTest, AgreesWithThePlugInOnRandomStores) {
                 explain(app.name, before.apps[app.name], app.launchType, app.appClass);
             ++seen[x.next];
             expectAgreement(app, x);
-            expectConsistentPasses(x.evaluation.value_or(Evaluation{}));
+            expectConsistentPasses(x.evaluation.value_or(DurationEvaluation{}));
             explanations[app.name] = x;
         }
         LearningStore after = readStore();

@@ -164,7 +164,7 @@ TEST_F(InspectTest, ReadsWhateverStateTheFilesWereLeftIn) {
     fs::permissions(folder(), fs::perms::owner_all);
     DatabaseFile(output).run("PRAGMA wal_checkpoint(TRUNCATE)");
     EXPECT_EQ(inspect(), all);
-    std::ofstream(output + "-wal");
+    const std::ofstream emptyLog(output + "-wal");
     EXPECT_EQ(inspect(), all);
     // A name that SQLite would take for options.
     fs::rename(mProgram.path("root"), mProgram.path("root?mode=rw#%41"));
@@ -178,18 +178,19 @@ TEST_F(InspectTest, ReadsUnderARunningHost) {
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     const std::string command = "cd '" + mProgram.path(".").string() +
                                 "' && " KESTREL_PROGRAM " replay --json --root root - >records";
-    std::FILE* host = popen(command.c_str(), "w");
-    std::FILE* records = std::fopen(fifo.c_str(), "r");
+    using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+    Stream host(popen(command.c_str(), "w"), &pclose);
+    const Stream records(std::fopen(fifo.c_str(), "r"), &std::fclose);
     ASSERT_TRUE(host != nullptr && records != nullptr);
     int t = 0;
     const auto launch = [&](int count) {
-        std::fputs(launches("com.live", count, 300, t).c_str(), host);
-        std::fflush(host);
+        std::fputs(launches("com.live", count, 300, t).c_str(), host.get());
+        std::fflush(host.get());
     };
     // Reads what the host prints up to a text. False: it has ended.
     const auto waitFor = [&](const char* text) {
         std::array<char, 4096> line{};
-        while (std::fgets(line.data(), line.size(), records) != nullptr) {
+        while (std::fgets(line.data(), line.size(), records.get()) != nullptr) {
             EXPECT_EQ(std::strstr(line.data(), "ERROR"), nullptr) << line.data();
             if (std::strstr(line.data(), text) != nullptr) {
                 return true;
@@ -206,9 +207,8 @@ TEST_F(InspectTest, ReadsUnderARunningHost) {
     // The host has noticed nothing.
     launch(2);
     ASSERT_TRUE(waitFor(R"("app":"com.live","state":4)"));
-    pclose(host);
+    host.reset();
     EXPECT_EQ(inspect()["com.live"]["learnedMs"], 750);
-    std::fclose(records);
 }
 
 TEST_F(InspectTest, DamageIsToldPerFileAndTheRestIsShown) {
@@ -226,7 +226,7 @@ TEST_F(InspectTest, DamageIsToldPerFileAndTheRestIsShown) {
         {"empty", "KestrelStartsState.db", [](const fs::path& f) { std::ofstream{f}; }, 1,
          "KestrelStartsState.db: no such table: app_state", 3},
         {"directory", "KestrelStartsState.db", [](const fs::path& f) { fs::create_directory(f); },
-         1, "KestrelStartsState.db: disk I/O error: Is a directory", 3},
+         1, "KestrelStartsState.db: not a regular file", 3},
         {"dangling link", "KestrelStarts.db",
          [](const fs::path& f) { fs::create_symlink("/nowhere/x", f); }, 1,
          "KestrelStarts.db: unable to open database file: No such file", 1},
@@ -243,6 +243,7 @@ TEST_F(InspectTest, DamageIsToldPerFileAndTheRestIsShown) {
          },
          1, "KestrelStartsState.db: no such column: appName", 3},
         {"missing", "KestrelStarts.db", [](const fs::path&) {}, 0, "", 1},
+        {"missing states", "KestrelStartsState.db", [](const fs::path&) {}, 0, "", 3},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -34,14 +35,12 @@ TEST_F(StoreFileTest, AMemoryDatabaseTouchesNoFile) {
 
 // Rights bind anybody but root, for whom another user stands in.
 TEST_F(StoreFileTest, AFileThatMayNotBeTouchedStaysAsItIs) {
-    using std::filesystem::permissions;
-    using std::filesystem::perms;
     write(*open(), {});
     const auto directory = mHost.databaseDirectory();
     const auto file = directory / "test.db";
     DatabaseFile(file).run("INSERT INTO launches VALUES (4225, 'a', NULL, x'0700000000000000')");
     for (const char* path : {".", "data", "data/vendor"}) {
-        permissions(path, perms{0755});
+        EXPECT_EQ(chmod(path, 0755), 0);
     }
     const uid_t user = geteuid();
     const struct {
@@ -62,8 +61,8 @@ TEST_F(StoreFileTest, AFileThatMayNotBeTouchedStaysAsItIs) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.rights);
-        permissions(file, perms{c.rights});
-        permissions(directory, perms{0555});
+        EXPECT_EQ(chmod(file.c_str(), c.rights), 0);
+        EXPECT_EQ(chmod(directory.c_str(), 0555), 0);
         ASSERT_TRUE(user != 0 || seteuid(65534) == 0);
         const bool isReachable = access(directory.c_str(), X_OK) == 0;
         {
@@ -73,13 +72,13 @@ TEST_F(StoreFileTest, AFileThatMayNotBeTouchedStaysAsItIs) {
             EXPECT_EQ(db.writeDeallocateDR<KSInputDbData>(rows), -1);
         }
         EXPECT_EQ(seteuid(user), 0);
-        permissions(directory, perms{0755});
+        EXPECT_EQ(chmod(directory.c_str(), 0755), 0);
         if (!isReachable) {
             GTEST_SKIP() << "temporary files are out of another user's reach";
         }
         EXPECT_EQ(mHost.takeLog(), c.lines);
     }
-    permissions(file, perms{0644});
+    EXPECT_EQ(chmod(file.c_str(), 0644), 0);
     EXPECT_EQ(durations(*open()), std::vector<int>{7});
 }
 

@@ -9,10 +9,6 @@
 
 namespace {
 
-std::optional<int32_t> requestedMs(const std::optional<LaunchBoost>& boost) {
-    return boost ? std::optional(boost->requestedMs) : std::nullopt;
-}
-
 // How long a launch is boosted under a policy; none: the policy does not count it.
 // REQUIRES: the launch has a first frame.
 std::optional<int32_t> boostUnder(Policy policy, const Evaluation::AppLaunch& launch) {

@@ -60,14 +60,15 @@ void printEvaluation(const Evaluation& evaluation, std::ostream& out) {
     if (evaluation.launches().empty()) {
         out << "no launches";
     } else {
-        printHeader("policy", out);
-        for (const PolicyName& policy : POLICIES) {
-            printRow(policy.shortName, evaluation.numbers(policy.policy), out);
-        }
-        out << '\n';
+        // However many apps there are, the comparison comes last.
         printHeader("app, KestrelStarts", out);
         for (const auto& [name, app] : evaluation.apps()) {
             printRow(name, evaluation.numbers(Policy::kestrel, app), out);
+        }
+        out << '\n';
+        printHeader("policy", out);
+        for (const PolicyName& policy : POLICIES) {
+            printRow(policy.shortName, evaluation.numbers(policy.policy), out);
         }
     }
     out << "\nnot counted: " << evaluation.launches().size() - evaluation.measured()

@@ -33,12 +33,13 @@ void explain(const ExplainOptions& options) {
         stored.state = APP_STATE_DISABLED;  // written whenever the feature is constructed
     }
     const bool isGame = options.game || setup.games.contains(shortName(options.app));
-    const Explanation explanation = explain(options.app, stored, isGame ? KS_LAUNCH_TYPE_GAME : 0,
-                                            options.appClass.value_or(classOf(options.app, setup)));
+    Explanation explanation = explain(options.app, stored, isGame ? KS_LAUNCH_TYPE_GAME : 0,
+                                      options.appClass.value_or(classOf(options.app, setup)));
+    explanation.isConfigured = isConfigured;
     if (options.json) {
         printJson(explanationJson(options.app, explanation, store));
     } else {
-        printExplanation(std::cout, options.app, explanation, isConfigured);
+        printExplanation(std::cout, options.app, explanation);
     }
     flushOutput();
     expectUndamaged(store);

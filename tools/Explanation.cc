@@ -9,14 +9,19 @@
 
 namespace {
 
-Evaluation evaluate(const std::vector<int>& durations, int32_t launchType, int32_t appClass) {
-    Evaluation e;
+DurationEvaluation evaluate(const std::vector<int>& durations, int32_t count, int32_t launchType,
+                            int32_t appClass) {
+    DurationEvaluation e;
     e.kept = durations;
     e.average = averageWithoutOutliers(e.kept, [&](std::vector<int>& values, int k) {
-        Evaluation::Pass& pass = e.passes.emplace_back();
+        DurationEvaluation::Pass& pass = e.passes.emplace_back();
         pass.values = values;
         return removeOutliers(values, k, &pass.seen);
     });
+    e.isUnusable = isUnusable(count, e.average);
+    if (e.isUnusable) {
+        return e;
+    }
     e.range = durationRange(launchType, appClass);
     e.clamped = clampLaunchDuration(e.average, launchType, appClass);
     e.isScaled = isScaled(launchType, e.clamped != e.average);
@@ -84,8 +89,8 @@ void explainLearning(Explanation& x, const std::vector<KSInputDbData>& launches)
     if (count < KS_LAUNCHES_TO_DECIDE) {
         return;
     }
-    x.evaluation = evaluate(usableDurations(launches), x.launchType, x.appClass);
-    if (isUnusable(count, x.evaluation->average)) {
+    x.evaluation = evaluate(usableDurations(launches), count, x.launchType, x.appClass);
+    if (x.evaluation->isUnusable) {
         x.next = NextStep::disables;
         x.stateAfter = APP_STATE_DISABLED;
         x.launchesAfter -= readCount(launches);
@@ -132,6 +137,7 @@ Explanation explain(const std::string& app, const StoredApp& stored, int32_t lau
     x.isMeasured = x.next != NextStep::passes && x.stateAfter != APP_STATE_LEARNED;
     if (x.next != NextStep::disables) {
         x.launchBoostMs = feedbackDuration(app, x.recordAfter);
+        x.defaultBoostMs = defaultBoostDuration(*x.launchBoostMs);
     }
     return x;
 }

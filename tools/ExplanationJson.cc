@@ -8,7 +8,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json passJson(const Evaluation::Pass& pass) {
+Json passJson(const DurationEvaluation::Pass& pass) {
     Json examined = Json::array();
     for (const OutlierPass::Examined& one : pass.seen.examined) {
         examined.push_back({{"ms", pass.values[one.index]},
@@ -21,20 +21,21 @@ Json passJson(const Evaluation::Pass& pass) {
             {"examined", std::move(examined)}};
 }
 
-Json evaluationJson(const Evaluation& e) {
+Json evaluationJson(const DurationEvaluation& e) {
     Json passes = Json::array();
-    for (const Evaluation::Pass& pass : e.passes) {
+    for (const DurationEvaluation::Pass& pass : e.passes) {
         passes.push_back(passJson(pass));
     }
     const bool hasLimit = e.range.upperMs != std::numeric_limits<int32_t>::max();
+    const auto ifUsable = [&](auto value) { return e.isUnusable ? Json() : Json(value); };
     return {{"passes", std::move(passes)},
             {"keptMs", e.kept},
             {"averageMs", e.average},
-            {"lowerMs", e.range.lowerMs},
-            {"upperMs", hasLimit ? Json(e.range.upperMs) : Json()},
-            {"clampedMs", e.clamped},
-            {"gameFactor", e.isScaled},
-            {"resultMs", e.result}};
+            {"lowerMs", ifUsable(e.range.lowerMs)},
+            {"upperMs", hasLimit ? ifUsable(e.range.upperMs) : Json()},
+            {"clampedMs", ifUsable(e.clamped)},
+            {"gameFactor", ifUsable(e.isScaled)},
+            {"resultMs", ifUsable(e.result)}};
 }
 
 const char* nextName(NextStep next) {
@@ -60,6 +61,7 @@ const char* nextName(NextStep next) {
 }  // namespace
 
 Json explanationJson(const std::string& app, const Explanation& x, const LearningStore& store) {
+    const auto orNull = [](const std::optional<int32_t>& ms) { return ms ? Json(*ms) : Json(); };
     const auto learned = [](const std::optional<KSPerfdOutput>& record, auto field) {
         return record ? Json((*record).*field) : Json();
     };
@@ -72,6 +74,9 @@ Json explanationJson(const std::string& app, const Explanation& x, const Learnin
             {"records", x.recordCount},
             {"learnedMs", learned(x.record, &KSPerfdOutput::launchDuration)},
             {"launchesSince", learned(x.record, &KSPerfdOutput::launchCount)},
+            {"launchesToRelearn", KS_LAUNCHES_TO_RELEARN},
+            {"relearning", x.record && x.record->retriggered == 1},
+            {"disabledBySetUp", x.isConfigured},
             {"launchesStored", x.durations.size()},
             {"launchesToDecide", KS_LAUNCHES_TO_DECIDE},
             {"durationsMs", x.durations},
@@ -83,6 +88,7 @@ Json explanationJson(const std::string& app, const Explanation& x, const Learnin
               {"learnedMs", learned(x.recordAfter, &KSPerfdOutput::launchDuration)},
               {"launchesSince", learned(x.recordAfter, &KSPerfdOutput::launchCount)},
               {"launchesStored", x.launchesAfter},
-              {"launchBoostMs", x.launchBoostMs ? Json(*x.launchBoostMs) : Json()},
+              {"launchBoostMs", orNull(x.launchBoostMs)},
+              {"defaultBoostMs", orNull(x.defaultBoostMs)},
               {"measured", x.isMeasured}}}};
 }

@@ -38,14 +38,14 @@ class Printer {
     Printer(std::ostream& out, const std::string& app, const Explanation& x)
         : mOut(out), mApp(app), mX(x) {}
 
-    void print(bool isConfigured) {
+    void print() {
         mOut << styled(printable(mApp), Emphasis::heading) << '\n';
         say("It is " + launchWords(mX) + ". " + currentState());
         printLaunches();
         if (mX.evaluation) {
             printAverage(*mX.evaluation);
         }
-        printNext(isConfigured);
+        printNext();
         printBoosts();
     }
 
@@ -59,7 +59,7 @@ class Printer {
         const std::string state =
             "Its state is " + styledState(stateWords(mX.storedState), mX.storedState);
         if (!mX.storedState) {
-            return state + ", which counts as learning.";
+            return state + ": the states are not there, or damaged. It counts as learning.";
         }
         return state + (mX.state == mX.storedState
                             ? "."
@@ -69,8 +69,7 @@ class Printer {
     void printLaunches() {
         heading("Stored launches");
         const auto zeros = std::ranges::count(mX.durations, 0);
-        std::string text = std::to_string(mX.durations.size()) + " of " +
-                           std::to_string(KS_LAUNCHES_TO_DECIDE) + " launches stored";
+        std::string text = storedWords();
         if (!mX.durations.empty()) {
             text += ", in ms, oldest first:";
         }
@@ -82,7 +81,15 @@ class Printer {
         }
     }
 
-    void printAverage(const Evaluation& e) {
+    std::string storedWords() const {
+        const std::string count = std::to_string(mX.durations.size());
+        const std::string needed = std::to_string(KS_LAUNCHES_TO_DECIDE);
+        return mX.durations.size() > static_cast<std::size_t>(KS_LAUNCHES_TO_DECIDE)
+                   ? count + " launches stored, " + needed + " are needed"
+                   : count + " of " + needed + " launches stored";
+    }
+
+    void printAverage(const DurationEvaluation& e) {
         heading("Outliers");
         if (e.passes.empty()) {
             say("Fewer than three durations are averaged as they are.");
@@ -95,11 +102,13 @@ class Printer {
         }
         heading("Result");
         printStep("average of " + std::to_string(e.kept.size()), e.average);
-        printClamp(e);
-        printStep(gameWords(e), e.result);
+        if (!e.isUnusable) {
+            printClamp(e);
+            printStep(gameWords(e), e.result);
+        }
     }
 
-    void printPass(std::size_t number, const Evaluation::Pass& pass) {
+    void printPass(std::size_t number, const DurationEvaluation::Pass& pass) {
         const std::size_t half = pass.values.size() / 2;
         const std::string name = "Pass " + std::to_string(number) + ": ";
         if (pass.seen.examined.empty()) {
@@ -129,7 +138,7 @@ class Printer {
         mOut << "  " << padded(what, 60) << right(ms(result), VALUE_WIDTH) << '\n';
     }
 
-    void printClamp(const Evaluation& e) {
+    void printClamp(const DurationEvaluation& e) {
         const bool hasLimit = e.range.upperMs != std::numeric_limits<int32_t>::max();
         std::string range = hasLimit
                                 ? std::to_string(e.range.lowerMs) + " to " + ms(e.range.upperMs)
@@ -141,7 +150,7 @@ class Printer {
                   e.clamped);
     }
 
-    std::string gameWords(const Evaluation& e) const {
+    std::string gameWords(const DurationEvaluation& e) const {
         if (e.isScaled) {
             return "game factor: a fifth longer";
         }
@@ -149,22 +158,21 @@ class Printer {
                                                     : "game factor: not for ordinary apps";
     }
 
-    void printNext(bool isConfigured) {
+    void printNext() {
         heading("Next launch");
-        say(nextWords(isConfigured));
+        say(nextWords());
     }
 
-    std::string nextWords(bool isConfigured) const {
+    std::string nextWords() const {
         switch (mX.next) {
             case NextStep::waits:
-                return "Nothing is decided: " + std::to_string(mX.durations.size()) + " of " +
-                       std::to_string(KS_LAUNCHES_TO_DECIDE) + " launches stored.";
+                return "Nothing is decided: " + storedWords() + ".";
             case NextStep::learns:
                 return learnsWords();
             case NextStep::disables:
                 return "The app will be disabled: " + std::to_string(mX.durations.size()) +
-                       " launches are stored, of " + std::to_string(KS_LAUNCHES_TO_DISABLE) +
-                       " that are enough, and they have no average.";
+                       " launches are stored, " + std::to_string(KS_LAUNCHES_TO_DISABLE) +
+                       " or more, and they have no average above 0.";
             case NextStep::dropsRecords:
                 return "The store is damaged: the app has " + std::to_string(mX.recordCount) +
                        " learned records instead of one. All of them will be deleted, and nothing"
@@ -177,7 +185,7 @@ class Printer {
                        " since the app was learned, so that the app goes back to learning. What was"
                        " learned stays in use until the next decision.";
             case NextStep::passes:
-                return passesWords(isConfigured);
+                return passesWords();
         }
         return {};
     }
@@ -206,7 +214,7 @@ class Printer {
                " of " + total + " since the app was learned, after which it is learned anew.";
     }
 
-    std::string passesWords(bool isConfigured) const {
+    std::string passesWords() const {
         if (mX.state != APP_STATE_DISABLED) {
             return "This state is none that the feature knows: the app is boosted, and neither"
                    " measured nor decided on.";
@@ -214,7 +222,7 @@ class Printer {
         const std::string text =
             "The app is disabled: it is boosted, but neither measured nor"
             " decided on. ";
-        if (isConfigured) {
+        if (mX.isConfigured) {
             return text + "The feature's configuration asks for that.";
         }
         return text + "Either its launches gave no duration when " +
@@ -225,8 +233,8 @@ class Printer {
 
     void printBoosts() {
         if (mX.launchBoostMs) {
-            say("Its default boost lasts " + ms(std::min(*mX.launchBoostMs, KS_MAX_DEFAULT_BOOST)) +
-                ", its launch boost " + ms(*mX.launchBoostMs) + ".");
+            say("Its default boost lasts " + ms(*mX.defaultBoostMs) + ", its launch boost " +
+                ms(*mX.launchBoostMs) + ".");
         } else {
             say("It is not boosted.");
         }
@@ -240,7 +248,6 @@ class Printer {
 
 }  // namespace
 
-void printExplanation(std::ostream& out, const std::string& app, const Explanation& explanation,
-                      bool isConfigured) {
-    Printer(out, app, explanation).print(isConfigured);
+void printExplanation(std::ostream& out, const std::string& app, const Explanation& explanation) {
+    Printer(out, app, explanation).print();
 }

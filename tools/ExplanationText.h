@@ -8,9 +8,7 @@
 
 // An explanation in words, and as an object for programs.
 
-// `isConfigured`: the configuration disables the app.
-void printExplanation(std::ostream& out, const std::string& app, const Explanation& explanation,
-                      bool isConfigured);
+void printExplanation(std::ostream& out, const std::string& app, const Explanation& explanation);
 
 nlohmann::ordered_json explanationJson(const std::string& app, const Explanation& explanation,
                                        const LearningStore& store);

@@ -34,13 +34,14 @@ void noteReaderGone(int /*signal*/) {
     gReaderGone = true;
 }
 
-void catchSignal(int signal, void (*handler)(int)) {
+bool isIgnored(int signal) {
     struct sigaction action = {};
     sigaction(signal, nullptr, &action);
-    if (action.sa_handler == SIG_IGN) {
-        return;
-    }
-    action = {};
+    return action.sa_handler == SIG_IGN;
+}
+
+void catchSignal(int signal, void (*handler)(int)) {
+    struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     sigaction(signal, &action, nullptr);
@@ -55,8 +56,11 @@ void catchInterruptions() {
         gWakeWrite = ends[1];
     }
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        catchSignal(signal, noteInterruption);
+        if (!isIgnored(signal)) {
+            catchSignal(signal, noteInterruption);
+        }
     }
+    // Ignored or not: a reader that has gone is no error.
     catchSignal(SIGPIPE, noteReaderGone);
 }
 

@@ -3,8 +3,8 @@
 // Ending in order when the user (SIGINT, SIGTERM, SIGHUP) or the reader of the output (SIGPIPE)
 // wants no more.
 
-// From now on these signals only make a note, those that are ignored excepted. Reads and writes go
-// on; only waitForInput returns for them.
+// From now on these signals only make a note; those of the user that are ignored stay so. Reads and
+// writes go on; only waitForInput returns for them.
 void catchInterruptions();
 
 bool wasInterrupted();

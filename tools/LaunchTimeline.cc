@@ -73,23 +73,23 @@ void LaunchTimeline::addRecord(const record::Event& event) {
     mInLaunch = event.hintId == KS_LAUNCH_HINT && event.hintType == KS_HINT_TYPE_LAUNCH;
     if (mInLaunch) {
         mLaunches.push_back({.launch = {.t = mT, .app = event.appName}});
-        return;
-    }
-    if (event.hintId != KS_HINT_METER_EVENT || mLaunches.empty()) {
-        return;
-    }
-    Launch& launch = mLaunches.back().launch;
-    if (!launch.overT && !launch.durationMs && shortName(launch.app) == shortName(event.appName)) {
-        launch.durationMs = elapsedMs(launch.t, mT);
     }
 }
 
 void LaunchTimeline::addRecord(const record::Meter& event) {
     if (mInLaunch) {
         mLaunches.back().actedOn = true;
-    } else if (event.hintId == KS_HINT_LAUNCH_END && !mLaunches.empty() &&
-               !mLaunches.back().launch.overT) {
-        mLaunches.back().launch.overT = mT;
+        return;
+    }
+    if (mLaunches.empty() || mLaunches.back().launch.overT) {
+        return;
+    }
+    Launch& launch = mLaunches.back().launch;
+    if (event.hintId == KS_HINT_LAUNCH_END) {
+        launch.overT = mT;
+    } else if (event.hintId == KS_HINT_METER_EVENT && !launch.durationMs &&
+               shortName(launch.app) == shortName(event.appName)) {
+        launch.durationMs = elapsedMs(launch.t, mT);
     }
 }
 

@@ -40,6 +40,10 @@ struct LaunchBoost {
     int32_t heldMs = 0;  // 0 too when the service refused it
 };
 
+inline std::optional<int32_t> requestedMs(const std::optional<LaunchBoost>& boost) {
+    return boost ? std::optional(boost->requestedMs) : std::nullopt;
+}
+
 struct Launch {
     int64_t t;
     std::string app;

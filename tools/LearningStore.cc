@@ -56,7 +56,7 @@ fs::path copyInto(const fs::path& folder, const fs::path& file) {
         if (fs::exists(original + suffix, error)) {
             fs::copy_file(original + suffix, copy.string() + suffix, error);
         }
-        if (error) {
+        if (error && error != std::errc::no_such_file_or_directory) {
             throw std::runtime_error("cannot copy " + original + suffix + ": " + error.message());
         }
     }
@@ -65,18 +65,25 @@ fs::path copyInto(const fs::path& folder, const fs::path& file) {
 
 // Calls `read` with the file, or with a copy where reading would change it; then checks all of it.
 void readDatabase(const fs::path& file, const std::function<void(ReadOnlyDatabase&)>& read) {
+    if (!fs::is_regular_file(file) && fs::exists(file)) {
+        throw std::runtime_error("not a regular file");
+    }
     std::optional<TemporaryDirectory> copies;
     std::optional<ReadOnlyDatabase> database;
+    DatabaseAccess access = accessOf(file);
     while (!database) {
-        const DatabaseAccess access = accessOf(file);
         try {
             const bool copied = access == DatabaseAccess::copied;
             database.emplace(copied ? copyInto(copies.emplace().path(), file) : file, access);
         } catch (const std::runtime_error&) {
-            // Unless a host has begun or ended meanwhile.
-            if (accessOf(file) == access) {
+            // Unless a journal has to be rolled back, or a host has begun or ended meanwhile.
+            const DatabaseAccess next = access == DatabaseAccess::locked && hasJournal(file)
+                                            ? DatabaseAccess::copied
+                                            : accessOf(file);
+            if (next == access) {
                 throw;
             }
+            access = next;
         }
     }
     read(*database);
@@ -136,7 +143,7 @@ LearningStore readLearningStore(const fs::path& root, const std::string& feature
                       }
                   }),
     };
-    if (store.files.back().damage.empty()) {
+    if (const StoreFile& states = store.files.back(); states.found && states.damage.empty()) {
         for (auto& entry : store.apps) {
             entry.second.state = entry.second.state.value_or(APP_STATE_LEARNING);
         }

@@ -13,7 +13,7 @@
 
 // What is stored of one app.
 struct StoredApp {
-    std::optional<AppState> state;        // none: not known, because the states are damaged
+    std::optional<AppState> state;        // none: the states are damaged or not there
     std::vector<KSPerfdOutput> records;   // the learned record; several: the store is damaged
     std::vector<KSInputDbData> launches;  // those that wait for a decision, oldest first
 };
@@ -38,7 +38,7 @@ struct LearningStore {
 
 // Reads the databases below a root, or in a folder of just these files, of the feature of this
 // name. Changes no file, also while a host runs on them. A file that is not there has nothing to
-// say, and of a damaged one the rest is read.
+// say, and of a damaged one the rest is read. Without the states nobody's is known.
 // Throws InputError when there is no such folder, or none of the files is in it.
 LearningStore readLearningStore(const std::filesystem::path& root, const std::string& featureName);
 

@@ -25,6 +25,9 @@ void expectOther(const std::string& name, const std::string& input) {
 OutputFile::OutputFile(const std::string& name, const std::vector<std::string>& inputs,
                        const std::optional<std::string>& hostFile)
     : mName(name) {
+    if (name == "-") {
+        throw InputError("-: a file is needed here, not standard output");
+    }
     for (const std::string& input : inputs) {
         expectOther(name, input);
     }

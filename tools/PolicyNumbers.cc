@@ -22,7 +22,7 @@ double coverageOf(const BoostedLaunch& launch) {
     if (launch.durationMs == 0) {
         return 1;
     }
-    return static_cast<double>(std::min(launch.boostMs, launch.durationMs)) / launch.durationMs;
+    return static_cast<double>(launch.coveredMs()) / launch.durationMs;
 }
 
 }  // namespace
@@ -36,7 +36,7 @@ PolicyNumbers numbersOf(const std::vector<BoostedLaunch>& launches) {
     std::vector<int32_t> wastedMs;
     for (const BoostedLaunch& launch : launches) {
         coverage.push_back(coverageOf(launch));
-        wastedMs.push_back(std::max(launch.boostMs - launch.durationMs, 0));
+        wastedMs.push_back(launch.wastedMs());
         numbers.fullyCovered += launch.boostMs >= launch.durationMs ? 1 : 0;
         numbers.boostedMs += launch.boostMs;
     }

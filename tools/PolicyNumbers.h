@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -8,6 +9,9 @@
 struct BoostedLaunch {
     int32_t durationMs;  // to the first frame
     int32_t boostMs;
+
+    int32_t coveredMs() const { return std::min(boostMs, durationMs); }
+    int32_t wastedMs() const { return std::max(boostMs - durationMs, 0); }
 };
 
 // What a policy did for its launches. The coverage of a launch is the boosted part of its duration,

@@ -6,6 +6,7 @@
 
 #include "host/AppState.h"
 #include "tools/OptionalJson.h"
+#include "tools/PolicyNumbers.h"
 #include "tools/ReportText.h"
 
 namespace {
@@ -40,20 +41,16 @@ const char* endText(BoostEnd end) {
     return "replaced";
 }
 
-Json requestedMs(const std::optional<LaunchBoost>& boost) {
-    return boost ? Json(boost->requestedMs) : Json(nullptr);
-}
-
 Json argsOf(const Launch& launch) {
     Json args = {{"phase", phaseText(launch.phase)},
                  {"durationMs", orNull(launch.durationMs)},
-                 {"defaultMs", requestedMs(launch.defaultBoost)},
-                 {"requestedMs", requestedMs(launch.launchBoost)},
+                 {"defaultMs", orNull(requestedMs(launch.defaultBoost))},
+                 {"requestedMs", orNull(requestedMs(launch.launchBoost))},
                  {"boostMs", launch.boostMs()}};
     if (launch.durationMs) {
-        const int32_t durationMs = *launch.durationMs;
-        args["coveredMs"] = std::min(launch.boostMs(), durationMs);
-        args["wastedMs"] = std::max(launch.boostMs() - durationMs, 0);
+        const BoostedLaunch boosted{*launch.durationMs, launch.boostMs()};
+        args["coveredMs"] = boosted.coveredMs();
+        args["wastedMs"] = boosted.wastedMs();
     }
     if (launch.isGame) {
         args["game"] = true;
@@ -118,6 +115,11 @@ void TraceEventFile::addRecord(int64_t t, const record::Measured& run) {
 }
 
 void TraceEventFile::onLaunch(const Launch& launch) {
+    // What an earlier life has learned is first seen in the boost.
+    if (launch.phase == LaunchPhase::learned && launch.launchBoost &&
+        !processOf(launch.app).hasCounter) {
+        writeLearned(launch.app, launch.t, launch.launchBoost->requestedMs);
+    }
     const int64_t to = launch.durationMs ? launch.t + *launch.durationMs : *launch.overT;
     writeSlice(launch.app, Track::launches,
                launch.durationMs ? "launch" : "launch without a first frame", launch.t, to,
@@ -145,12 +147,18 @@ void TraceEventFile::onBoost(const Boost& boost) {
 
 void TraceEventFile::onMark(const AppMark& mark) {
     if (mark.kind == AppMark::Kind::learned || mark.kind == AppMark::Kind::removed) {
-        write({{"name", "learned duration"},
-               {"ph", "C"},
-               {"ts", toMicroseconds(mark.t)},
-               {"pid", processOf(mark.app).id},
-               {"args", {{"ms", mark.durationMs.value_or(0)}}}});
+        writeLearned(mark.app, mark.t, mark.durationMs.value_or(0));
     }
+}
+
+void TraceEventFile::writeLearned(const std::string& app, int64_t t, int32_t durationMs) {
+    Process& process = processOf(app);
+    process.hasCounter = true;
+    write({{"name", "learned duration"},
+           {"ph", "C"},
+           {"ts", toMicroseconds(t)},
+           {"pid", process.id},
+           {"args", {{"ms", durationMs}}}});
 }
 
 TraceEventFile::Process& TraceEventFile::processOf(const std::string& app) {

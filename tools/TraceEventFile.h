@@ -46,6 +46,7 @@ class TraceEventFile : public LifeWatcher, private LaunchTimeline::Listener {
     struct Process {
         int id = 0;
         std::map<Track, std::vector<Lane>> tracks;
+        bool hasCounter = false;  // of the learned duration
     };
 
     void onLaunch(const Launch& launch) override;
@@ -68,6 +69,7 @@ class TraceEventFile : public LifeWatcher, private LaunchTimeline::Listener {
     // REQUIRES: the track is that of launches or of learning, which every process has.
     void writeInstant(const std::string& app, Track track, const std::string& name, int64_t t,
                       Json args);
+    void writeLearned(const std::string& app, int64_t t, int32_t durationMs);
     void write(const Json& event);
     void complete();
 

@@ -83,7 +83,7 @@ class CommandLine {
         command.add_flag("--json", mReplay.json, "Print the record stream, as JSON Lines");
         command.add_flag("--log", mReplay.showLog, "Show every line that the plug-in logs");
         command.add_flag("--sync,!--no-sync", mReplay.sync,
-                         "Let the databases flush to the disk (default)");
+                         "Flush the databases to the disk, or do not (default: flush)");
         command
             .add_option("--trace-out", mReplay.traceOut,
                         "Write what happens in the Trace Event Format, for trace viewers")

@@ -105,7 +105,8 @@ int openFile(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, 
     }
     sqlite3_file* real = realFile(file);
     real->pMethods = nullptr;
-    const int code = realVfs(vfs)->xOpen(realVfs(vfs), name, real, flags, outFlags);
+    const int code =
+        realVfs(vfs)->xOpen(realVfs(vfs), name, real, self(vfs).openFlags(flags), outFlags);
     if (real->pMethods != nullptr) {
         auto* forwarding = reinterpret_cast<ForwardingFile*>(file);
         forwarding->vfs = &self(vfs);

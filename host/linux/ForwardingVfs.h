@@ -42,6 +42,9 @@ class LM_API ForwardingVfs {
     // path, borrowed for the call; null for a temporary file without a name. Throws nothing.
     virtual std::optional<int> intercept(VfsCall call, const char* file) noexcept;
 
+    // The flags to open a file with, for those that SQLite gives. Throws nothing.
+    virtual int openFlags(int flags) noexcept { return flags; }
+
     // Writes the path to open for a name that SQLite was given, with its terminating zero, to
     // `out` of `size` bytes. False answers SQLITE_CANTOPEN. Throws nothing: SQLite calls it.
     virtual bool mapPath(const char* name, std::size_t size, char* out) noexcept;

@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
 #include <string_view>
 
@@ -27,6 +28,27 @@ bool hasContent(const fs::path& file) {
     const auto size = fs::file_size(file, error);
     return !error && size > 0;
 }
+
+// Whether the file says that it has a write-ahead log, or is none that says anything.
+bool mayHaveLog(const fs::path& file) {
+    constexpr std::size_t READ_VERSION = 19;
+    constexpr char WITH_LOG = 2;
+    std::array<char, READ_VERSION + 1> header{};
+    std::ifstream content(file, std::ios::binary);
+    return !content.read(header.data(), header.size()) || header[READ_VERSION] == WITH_LOG;
+}
+
+// Makes no log where the host takes its own away meanwhile.
+class NoNewLogVfs : public ForwardingVfs {
+ public:
+    NoNewLogVfs() : ForwardingVfs("no-new-log") {}
+
+    int openFlags(int flags) noexcept override {
+        return (flags & SQLITE_OPEN_WAL) == 0
+                   ? flags
+                   : (flags & ~(SQLITE_OPEN_CREATE | SQLITE_OPEN_READWRITE)) | SQLITE_OPEN_READONLY;
+    }
+};
 
 // The file's name for an open with options, which must not find any in the name.
 std::string uriOf(const fs::path& file) {
@@ -57,9 +79,16 @@ DatabaseAccess accessOf(const fs::path& file) {
     if (hasIndex && fs::exists(beside(found, "-wal"), error)) {
         return DatabaseAccess::shared;
     }
-    return hasContent(beside(found, "-wal")) || hasContent(beside(found, "-journal"))
-               ? DatabaseAccess::copied
-               : DatabaseAccess::alone;
+    if (hasContent(beside(found, "-wal"))) {
+        return DatabaseAccess::copied;
+    }
+    return mayHaveLog(found) ? DatabaseAccess::alone : DatabaseAccess::locked;
+}
+
+bool hasJournal(const fs::path& file) {
+    std::error_code error;
+    const fs::path found = fs::canonical(file, error);
+    return !error && hasContent(beside(found, "-journal"));
 }
 
 ReadOnlyDatabase::ReadOnlyDatabase(const fs::path& file, DatabaseAccess access) {
@@ -72,6 +101,9 @@ ReadOnlyDatabase::ReadOnlyDatabase(const fs::path& file, DatabaseAccess access) 
         case DatabaseAccess::shared:
             // Opened for writing, an index that a host has left behind would be made anew.
             uri += "?readonly_shm=1";
+            mVfs = std::make_unique<NoNewLogVfs>();
+            break;
+        case DatabaseAccess::locked:
             break;
         case DatabaseAccess::copied:
             flags = SQLITE_OPEN_URI | SQLITE_OPEN_READWRITE;
@@ -130,7 +162,7 @@ void ReadOnlyDatabase::check() {
     std::string found;
     statement.columnText(0, found);
     if (found != "ok") {
-        throw std::runtime_error(found);
+        throw std::runtime_error(found.substr(found.find('\n') + 1));  // without the heading
     }
 }
 

@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "host/LmApi.h"
+#include "host/linux/ForwardingVfs.h"
 #include "lmdb/LMDBDataRowKey.h"
 
 struct sqlite3;
@@ -14,10 +16,14 @@ struct sqlite3;
 enum class DatabaseAccess {
     alone,   // nothing waits to go into it
     shared,  // with its log and the log's index, which a host may have open
+    locked,  // without a log, where the file system cannot have one: readers lock the file
     copied,  // with a log that has to be recovered first, which writes: only on a copy of all files
 };
 
 LM_API DatabaseAccess accessOf(const std::filesystem::path& file);
+
+// Whether a journal lies beside the file: of a transaction that is under way or was cut off.
+LM_API bool hasJournal(const std::filesystem::path& file);
 
 // One of the device's databases, as it was when this was constructed. Changes no file, nor makes
 // one; a host that runs on the database goes on meanwhile.
@@ -48,5 +54,6 @@ class LM_API ReadOnlyDatabase {
  private:
     [[noreturn]] void fail() const;
 
+    std::unique_ptr<ForwardingVfs> mVfs;  // outlives what is opened through it
     sqlite3* mDb = nullptr;
 };

@@ -143,7 +143,7 @@ class RecordStream {
             if ((isLaunch(i) && isActedOn(i)) || (r["kind"] == "meter" && r["hintId"] == 4098)) {
                 break;
             }
-            if (r["kind"] == "event" && r["hintId"] == 4103 &&
+            if (r["kind"] == "meter" && r["hintId"] == 4103 &&
                 packageOf(r["appName"]) == packageOf(event["appName"])) {
                 return r["t"].get<int64_t>() - event["t"].get<int64_t>();
             }
