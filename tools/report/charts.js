@@ -4,20 +4,31 @@
 // light, the dark and paper by itself.
 
 const ZOOMED_LAUNCHES = 200;
+const PAPER_WIDTH = 690;  // px, of a panel's chart; the bars stand three abreast
+const PAPER_BARS_WIDTH = 225;
 const TIME_STEPS_MS = [1000, 10000, 60000, 600000, 3600000, 6 * 3600000, DAY_MS, 7 * DAY_MS];
 
-// Draws now and whenever the width changes; what is closed has none, and is drawn once it opens.
-// Drawing changes the height, which a size observer must not do itself: it waits for the frame.
-function whenSized(element, draw) {
+// Draws now, whenever the width changes, and for paper. No script can ask for paper's width: the
+// style fits the drawing in. What is closed has no width, and is drawn once it opens. Drawing
+// changes the height, which a size observer must not do itself: it waits for the frame.
+function whenSized(element, paperWidth, draw) {
   let drawn = 0;
+  let printing = false;
   const drawAnew = () => {
-    const width = Math.floor(element.clientWidth);
-    if (width > 0 && width !== drawn) {
+    const width = printing ? paperWidth : element.clientWidth;
+    if (element.clientWidth > 0 && width !== drawn) {
       drawn = width;
       draw(width);
     }
   };
+  const setPrinting = (now) => {
+    printing = now;
+    drawAnew();
+  };
+  drawAnew();
   new ResizeObserver(() => requestAnimationFrame(drawAnew)).observe(element);
+  addEventListener('beforeprint', () => setPrinting(true));
+  addEventListener('afterprint', () => setPrinting(false));
 }
 
 function clear(svg, width, height) {

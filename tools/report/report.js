@@ -115,7 +115,8 @@ function fillPolicies() {
     add(figure, 'figcaption', title);
     const svg = d3.select(figure).append('svg').attr('role', 'img')
         .attr('aria-label', `Bars: ${title}. The table below has the numbers.`);
-    whenSized(figure, (width) => drawBars(svg, width, report.policies, key, text));
+    whenSized(figure, PAPER_BARS_WIDTH,
+              (width) => drawBars(svg, width, report.policies, key, text));
   }
 }
 
@@ -161,7 +162,7 @@ class LaunchChart {
     this.slider.value = 1;
     panel.querySelector('.zoom').hidden = app.series.length <= 2 * ZOOMED_LAUNCHES;
     this.listen();
-    whenSized(panel.querySelector('figure'), (width) => this.draw(width));
+    whenSized(panel.querySelector('figure'), PAPER_WIDTH, (width) => this.draw(width));
   }
 
   listen() {
