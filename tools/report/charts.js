@@ -128,7 +128,8 @@ function drawPhases(svg, series, edges, [bottom, top]) {
 const LETTER_WIDTH = 11;
 const LETTER_OF = {learned: 'L', relearning: 'R', disabled: 'D', removed: 'X'};
 
-// Where there are many, they stay above the chart and without their letters.
+// Where there are many, they stay above the chart and without their letters. Returns whether they
+// have letters.
 function drawMarks(svg, marks, at, [bottom, top]) {
   const many = marks.length * LETTER_WIDTH > Number(svg.attr('width')) / 2;
   let free = -Infinity;
@@ -142,6 +143,7 @@ function drawMarks(svg, marks, at, [bottom, top]) {
       free = x + LETTER_WIDTH;
     }
   }
+  return !many;
 }
 
 function drawAxes(svg, horizontal, vertical, x, y, byTime) {
@@ -169,7 +171,8 @@ function drawMeasured(svg, width, series, middles, y) {
 }
 
 // `series` begins with launch `first` of the app, whose longest duration is `longestMs`. Returns
-// show(i), which marks launch i, and nearest(x), the launch at x; both count from the app's first.
+// show(i), which marks launch i, and nearest(x), the launch at x; both count from the app's first;
+// and hasLetters, of the marks.
 function drawLaunches(svg, width, {series, marks, first, longestMs}, byTime) {
   const height = 300;
   const vertical = [height - 24, 36];
@@ -179,13 +182,14 @@ function drawLaunches(svg, width, {series, marks, first, longestMs}, byTime) {
   clear(svg, width, height);
   drawPhases(svg, series, edges, vertical);
   drawAxes(svg, horizontal, vertical, scale, y, byTime);
-  drawMarks(svg, marks, at, vertical);
+  const hasLetters = drawMarks(svg, marks, at, vertical);
   drawBoosts(svg, series, edges, y.scale);
   drawMeasured(svg, width, series, middles, y.scale);
   const chosen = svg.append('path').attr('class', 'chosen');
   return {
     show: (i) => chosen.attr('d', `M${middles[i - first]},${vertical[0]}V${vertical[1]}`),
     nearest: (x) => first + d3.bisectCenter(middles, x),
+    hasLetters,
   };
 }
 

@@ -15,12 +15,14 @@ function columnsOf(table) {
   const rows = [...table.tHead.rows];
   const below = rows.length > 1 ? [...rows[1].cells] : [];
   for (const cell of rows[0].cells) {
-    cells.push(...(cell.scope === 'colgroup' ? below.splice(0, cell.colSpan) : [cell]));
+    const grouping = cell.scope === 'colgroup';
+    const own = grouping ? below.splice(0, cell.colSpan) : [cell];
+    cells.push(...own.map((one) => ({cell: one, group: grouping ? cell.textContent : ''})));
   }
-  return cells.map((cell) => {
+  return cells.map(({cell, group}) => {
     const {key, kind} = cell.dataset;
     cell.classList.toggle('number', kind !== 'text');
-    return {cell, key, kind};
+    return {cell, group, key, kind};
   });
 }
 
@@ -62,6 +64,9 @@ function makeSortable(columns, sorted) {
     column.cell.textContent = '';
     const button = add(column.cell, 'button', text);
     button.type = 'button';
+    if (column.group) {  // several groups have a column of this name
+      button.setAttribute('aria-label', `${column.group}: ${text.replace(/\u00ad/g, '')}`);
+    }
     button.addEventListener('click', () => sortBy(column));
   }
 }
@@ -162,6 +167,8 @@ class LaunchChart {
     this.slider.value = 1;
     panel.querySelector('.zoom').hidden = app.series.length <= 2 * ZOOMED_LAUNCHES;
     this.listen();
+    this.letters = panel.querySelectorAll('.legend .with-letters');
+    this.noLetters = panel.querySelector('.legend .without-letters');
     whenSized(panel.querySelector('figure'), PAPER_WIDTH, (width) => this.draw(width));
   }
 
@@ -191,6 +198,8 @@ class LaunchChart {
 
   read() {
     const i = this.slider.value - 1;
+    this.letters.forEach((entry) => { entry.hidden = !this.drawn.hasLetters; });
+    this.noLetters.hidden = this.drawn.hasLetters;
     this.reading = true;
     this.output.textContent = launchText(this.app.series[i], i);
     this.slider.setAttribute('aria-valuetext', this.output.textContent);
