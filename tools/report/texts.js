@@ -39,3 +39,12 @@ function add(parent, name, text = '', className = '') {
   element.className = className;
   return element;
 }
+
+// An app's name, which breaks after its points and slashes first.
+function addName(parent, elementName, name) {
+  const element = add(parent, elementName);
+  for (const part of name.match(/[^./]*[./]|[^./]+/g) || []) {
+    element.append(part, document.createElement('wbr'));
+  }
+  return element;
+}
