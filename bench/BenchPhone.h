@@ -72,7 +72,8 @@ class BenchPhone {
     explicit BenchPhone(bool onFile) {
         static sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);  // those below the root
         sqlite3_vfs_register(onFile ? files : sqlite3_vfs_find("memdb"), 1);
-        HostRuntime::instance().configure({.knobs = std::nullopt}, [](const HostRecord&) {});
+        kestrel::HostRuntime::instance().configure({.knobs = std::nullopt},
+                                                   [](const kestrel::HostRecord&) {});
         BenchService::connect();
         delete std::exchange(KestrelStartsAction::mKSFbInstance, nullptr);
         FeatureInfo info{.featureName = "KestrelStarts"};

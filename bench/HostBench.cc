@@ -16,9 +16,11 @@
 #include "host/Registry.h"
 #include "host/linux/LinuxHost.h"
 #include "learning/KestrelStartsMetaMeter.h"
-#include "tools/Input.h"
-#include "tools/Replay.h"
-#include "tools/TemporaryDirectory.h"
+#include "tools/base/TemporaryDirectory.h"
+#include "tools/commands/Replay.h"
+#include "tools/input/Input.h"
+
+using namespace kestrel;
 
 namespace {
 

@@ -11,6 +11,8 @@
 #include "bench/BenchPhone.h"
 #include "lmdb/LMLog.h"
 
+using namespace kestrel;
+
 namespace {
 
 constexpr int APPS_PER_ROUND = 100;  // each is launched once before the tables are filled anew

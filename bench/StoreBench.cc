@@ -7,6 +7,8 @@
 #include "bench/StoreCases.h"
 #include "lmdb/LMDatabaseImpl.h"
 
+using namespace kestrel;
+
 LMDB_INSTANTIATE(SmallPayload);
 LMDB_INSTANTIATE(LargePayload);
 

@@ -6,6 +6,8 @@
 #include "feature/KestrelStartsFeature.h"
 #include "fuzz/FuzzHost.h"
 
+using namespace kestrel;
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     static KestrelStartsFeature& feature = [] {
         playSilently(HostSetup{.knobs = std::nullopt});

@@ -7,7 +7,9 @@
 #include "host/linux/RelocatingVfs.h"
 #include "learning/LearningRecords.h"
 #include "lmdb/LMDBRows.h"
-#include "tools/TemporaryDirectory.h"
+#include "tools/base/TemporaryDirectory.h"
+
+using namespace kestrel;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     static const TemporaryDirectory root;

@@ -9,6 +9,8 @@
 #include "feature/KestrelStartsFeature.h"
 #include "fuzz/FuzzHost.h"
 
+using namespace kestrel;
+
 namespace {
 
 // A name that comes again, or any bytes.

@@ -13,7 +13,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size);
 
 // A platform whose records nobody reads.
-inline void playSilently(const HostSetup& setup) {
-    connectPerformanceService(setup.absent);
-    HostRuntime::instance().configure(setup, [](const HostRecord&) {});
+inline void playSilently(const kestrel::HostSetup& setup) {
+    kestrel::connectPerformanceService(setup.absent);
+    kestrel::HostRuntime::instance().configure(setup, [](const kestrel::HostRecord&) {});
 }

@@ -3,7 +3,9 @@
 #include <string_view>
 
 #include "fuzz/FuzzHost.h"
-#include "tools/AndroidLogImporter.h"
+#include "tools/input/logcat/AndroidLogImporter.h"
+
+using namespace kestrel;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     std::string_view text(reinterpret_cast<const char*>(data), size);

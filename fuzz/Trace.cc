@@ -3,8 +3,10 @@
 #include <string_view>
 
 #include "fuzz/FuzzHost.h"
-#include "tools/EventTrace.h"
-#include "tools/InputError.h"
+#include "tools/base/InputError.h"
+#include "tools/input/EventTrace.h"
+
+using namespace kestrel;
 
 // What is written can be read.
 static void expectReadable(const std::string& line) noexcept {

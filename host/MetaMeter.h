@@ -9,7 +9,9 @@
 #include "host/LaunchMeter.h"
 #include "host/LmApi.h"
 
+namespace kestrel {
 class MeterRuns;
+}
 
 // Base of a feature's meta meter: measures what the feature hands to handleAsync and gives each
 // finished run back through writeToDataBase. The order of the virtual operations is a binary
@@ -35,5 +37,5 @@ class LM_API MetaMeter {
     void handOverFinishedRuns();
 
  private:
-    std::unique_ptr<MeterRuns> mRuns;
+    std::unique_ptr<kestrel::MeterRuns> mRuns;
 };

@@ -9,6 +9,8 @@
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/FeatureFixture.h"
 
+namespace kestrel {
+
 namespace {
 
 constexpr const char* VERSION_LINE =
@@ -167,3 +169,5 @@ TEST(AllocationTest, BoostRequestsAllocateNothingButWhatReadingTheRecordTakes) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

@@ -1,4 +1,4 @@
-#include "tools/AndroidLogImporter.h"
+#include "tools/input/logcat/AndroidLogImporter.h"
 
 #include <gtest/gtest.h>
 
@@ -6,6 +6,8 @@
 #include <string_view>
 #include <variant>
 #include <vector>
+
+namespace kestrel {
 
 namespace {
 
@@ -398,3 +400,5 @@ TEST(AndroidLogImporter, SurvivesLongLines) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

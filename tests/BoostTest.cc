@@ -8,6 +8,8 @@
 #include "action/KestrelStartsFeatureHw.h"
 #include "tests/support/FeatureFixture.h"
 
+namespace kestrel {
+
 namespace {
 
 using BoostTest = FeatureTest;
@@ -112,3 +114,5 @@ TEST_F(BoostTest, ClustersBecomeOneInitCommand) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

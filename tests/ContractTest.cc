@@ -17,6 +17,8 @@
 #include "tests/support/EventImage.h"
 #include "tests/support/TestHost.h"
 
+namespace kestrel {
+
 namespace {
 
 using FeatureRegistry = RegistryBase<Feature, FeatureInfo>;
@@ -379,3 +381,5 @@ TEST_F(ContractTest, TheServicesEntryPointsAreTheirPlacesInTheLoader) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

@@ -13,6 +13,8 @@
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/ProgramRun.h"
 
+namespace kestrel {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -273,3 +275,5 @@ TEST_F(DamageTest, AnyNameIsOnlyAName) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

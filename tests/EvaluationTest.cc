@@ -12,9 +12,11 @@
 
 #include "tests/support/ProgramRun.h"
 #include "tests/support/RecordStream.h"
-#include "tools/EvaluationData.h"
-#include "tools/HostLife.h"
-#include "tools/Input.h"
+#include "tools/input/Input.h"
+#include "tools/session/HostLife.h"
+#include "tools/views/EvaluationData.h"
+
+namespace kestrel {
 
 namespace {
 
@@ -363,3 +365,5 @@ TEST(EvaluateTest, AnInterruptedReplayLeavesACompletePicture) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

@@ -1,11 +1,13 @@
 // What `explain` says is what the plug-in then does.
 
-#include "tools/Explanation.h"
+#include "tools/store/Explanation.h"
 
 #include <cstring>
 #include <random>
 
 #include "tests/support/FeatureFixture.h"
+
+namespace kestrel {
 
 namespace {
 
@@ -179,3 +181,5 @@ TEST_F(ExplanationTest, AgreesWithThePlugInOnRandomStores) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

@@ -18,6 +18,8 @@
 #include "tests/support/FeatureFixture.h"
 #include "tests/support/KnownLines.h"
 
+namespace kestrel {
+
 namespace {
 
 const std::string APP = "com.example.one.with.a.long.name/.MainActivity";
@@ -384,3 +386,5 @@ INSTANTIATE_TEST_SUITE_P(Operations, FaultSweepTest, testing::ValuesIn(OPERATION
                          [](const auto& info) { return info.param.name; });
 
 }  // namespace
+
+}  // namespace kestrel

@@ -7,6 +7,8 @@
 #include "learning/KestrelStartsMetaMeter.h"
 #include "tests/support/FeatureFixture.h"
 
+namespace kestrel {
+
 namespace {
 
 // ---- recording
@@ -238,3 +240,5 @@ TEST(MissingStoreTest, EachOperationSaysWhatItLacks) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

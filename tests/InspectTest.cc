@@ -14,6 +14,8 @@
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/ProgramRun.h"
 
+namespace kestrel {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -356,3 +358,5 @@ TEST_F(InspectTest, ManPageAndCompletionsKnowEveryOption) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

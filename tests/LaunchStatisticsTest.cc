@@ -12,6 +12,8 @@
 #include "feature/KestrelStartsFeature.h"
 #include "tests/support/TestHost.h"
 
+namespace kestrel {
+
 namespace {
 
 class LaunchStatisticsTest : public testing::Test {
@@ -135,3 +137,5 @@ TEST_F(LaunchStatisticsTest, ForcedAverageIsZeroAndNoted) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

@@ -9,6 +9,8 @@
 #include "host/LaunchMeter.h"
 #include "tests/support/TestHost.h"
 
+using namespace kestrel;
+
 namespace {
 
 bool gThrowsUnknown = false;

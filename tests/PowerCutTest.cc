@@ -17,6 +17,8 @@
 #include "tests/support/PowerCutVfs.h"
 #include "tests/support/ProgramRun.h"
 
+namespace kestrel {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -294,3 +296,5 @@ TEST_F(PowerCutTest, KilledAgainAndAgain) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

@@ -6,6 +6,8 @@
 
 #include "tests/support/ProgramRun.h"
 
+namespace kestrel {
+
 namespace {
 
 constexpr const char* LAUNCH = R"({"t":10,"hintId":4225,"hintType":1,"appName":"com.a"})"
@@ -322,3 +324,5 @@ TEST_F(ProgramTest, LogsAreImportedAsTheyAreReplayed) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

@@ -16,6 +16,8 @@
 #include "host/Registry.h"
 #include "tests/support/TestHost.h"
 
+namespace kestrel {
+
 namespace {
 
 using FeatureRegistry = RegistryBase<Feature, FeatureInfo>;
@@ -123,3 +125,5 @@ TEST(RegistrationTest, TheFactorysFeatureIsDrivenThroughItsBase) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

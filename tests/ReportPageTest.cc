@@ -12,7 +12,9 @@
 #include <utility>
 
 #include "support/ProgramRun.h"
-#include "tools/ReportPage.h"
+#include "tools/views/ReportPage.h"
+
+namespace kestrel {
 
 namespace {
 
@@ -213,3 +215,5 @@ TEST_F(ReportPageTest, ShowsAndPrintsWhatTheProgramReports) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

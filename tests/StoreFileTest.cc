@@ -11,6 +11,8 @@
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/StoreFixture.h"
 
+namespace kestrel {
+
 namespace {
 
 using StoreFileTest = StoreTest;
@@ -124,6 +126,8 @@ TEST_F(StoreFileTest, RowsOfADatabaseThatWasNeverOpenedAreLostAloud) {
 
 }  // namespace
 
+}  // namespace kestrel
+
 // Two payloads in one file: a table each, in the order of the list.
 struct OtherPayload {
     int64_t value;
@@ -131,6 +135,8 @@ struct OtherPayload {
 using TwoTables = LMDatabase<KSInputDbData, OtherPayload>;
 template class LMDBDataTable<OtherPayload>;
 template class LMDatabase<KSInputDbData, OtherPayload>;
+
+namespace kestrel {
 
 namespace {
 
@@ -151,3 +157,5 @@ TEST_F(StoreFileTest, TwoPayloadsShareAFile) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

@@ -7,6 +7,8 @@
 
 #include "tests/support/StoreFixture.h"
 
+namespace kestrel {
+
 namespace {
 
 TEST_F(StoreTest, RowsSurviveClosingAndKeepTheirBytes) {
@@ -240,3 +242,5 @@ TEST_F(StoreTest, BoundedCopyTakesTheSmallerSize) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

@@ -11,6 +11,8 @@
 
 #include "tests/support/ProgramRun.h"
 
+namespace kestrel {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -77,3 +79,5 @@ INSTANTIATE_TEST_SUITE_P(Traces, StoryTest, testing::ValuesIn(storyNames()),
                          [](const auto& info) { return info.param; });
 
 }  // namespace
+
+}  // namespace kestrel

@@ -10,6 +10,8 @@
 
 #include "tests/support/FeatureFixture.h"
 
+namespace kestrel {
+
 namespace {
 
 using ThreadTest = FeatureTest;
@@ -139,3 +141,5 @@ TEST_F(ThreadTest, TwoFlushesAtOnceLoseNothingInSilence) {
 }
 
 }  // namespace
+
+}  // namespace kestrel

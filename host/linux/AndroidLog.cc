@@ -7,6 +7,8 @@
 #include "host/linux/HostRuntime.h"
 #include "lmdb/LMLog.h"
 
+using namespace kestrel;
+
 namespace {
 
 void print(int priority, const char* tag, const char* format, va_list args, va_list sameArgs) {

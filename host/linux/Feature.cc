@@ -5,6 +5,8 @@
 #include "host/Registry.h"
 #include "host/linux/HostRuntime.h"
 
+using namespace kestrel;
+
 template <class Base, class Info>
 typename RegistryBase<Base, Info>::ClassList* RegistryBase<Base, Info>::classList = nullptr;
 template <class Base, class Info>

@@ -9,6 +9,8 @@
 #include "lmdb/LMDBRows.h"
 #include "lmdb/LMDatabaseImpl.h"
 
+using namespace kestrel;
+
 LMDB_INSTANTIATE(AppState);
 
 namespace {

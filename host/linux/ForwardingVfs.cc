@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <utility>
 
+namespace kestrel {
+
 namespace {
 
 // What SQLite allocates per file: this, and behind it the file of the system forwarded to.
@@ -184,3 +186,5 @@ std::optional<int> ForwardingVfs::intercept(VfsCall /*call*/, const char* /*file
 bool ForwardingVfs::mapPath(const char* name, std::size_t size, char* out) noexcept {
     return static_cast<std::size_t>(std::snprintf(out, size, "%s", name)) < size;
 }
+
+}  // namespace kestrel

@@ -8,6 +8,8 @@
 
 #include "host/LmApi.h"
 
+namespace kestrel {
+
 // The kinds of calls that SQLite makes to a file system.
 enum class VfsCall {
     open,
@@ -56,3 +58,5 @@ class LM_API ForwardingVfs {
     sqlite3_vfs* mReal;  // the default before this one
     sqlite3_vfs mVfs{};
 };
+
+}  // namespace kestrel

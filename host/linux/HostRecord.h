@@ -7,6 +7,8 @@
 #include <string>
 #include <variant>
 
+namespace kestrel {
+
 // What crosses the boundary between the plug-in and the host, one record each, in the order in
 // which it happened.
 
@@ -121,3 +123,5 @@ struct HostRecord {
 
 // Called with one record at a time.
 using RecordSink = std::function<void(const HostRecord&)>;
+
+}  // namespace kestrel

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+namespace kestrel {
+
 HostRuntime& HostRuntime::instance() {
     // Never destroyed: the plug-in's singleton may still log while the process exits.
     static HostRuntime& runtime = *new HostRuntime;
@@ -55,3 +57,5 @@ void HostRuntime::pass(const HostRecord& entry) {
         std::fprintf(stderr, "%s: %s\n", log->tag.c_str(), log->text.c_str());
     }
 }
+
+}  // namespace kestrel

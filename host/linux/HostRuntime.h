@@ -14,6 +14,8 @@
 
 class Feature;
 
+namespace kestrel {
+
 // The platform behind the contract's entry points: the set-up that they answer from, the clock, the
 // performance service's handles, and the recorder. There is one per process, as there is one
 // platform per device; it outlives everything else, because the plug-in's singleton does too.
@@ -63,3 +65,5 @@ class LM_API HostRuntime {
     int mLastHandle = 0;
     std::unordered_set<int> mHandles;  // requested, and neither released nor replaced
 };
+
+}  // namespace kestrel

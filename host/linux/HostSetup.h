@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace kestrel {
+
 // What a package removal in a log becomes: the plain event, the event that keeps the app's data,
 // or nothing.
 enum class RemovalPolicy { forget, keep, ignore };
@@ -29,3 +31,5 @@ struct HostSetup {
 
     bool operator==(const HostSetup&) const = default;
 };
+
+}  // namespace kestrel

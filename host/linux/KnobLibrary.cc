@@ -2,6 +2,8 @@
 
 #include "host/linux/PlatformServices.h"
 
+using namespace kestrel;
+
 extern "C" LM_API int IsFeatureEnabled(int feature) {
     return isKnobEnabled(feature) ? 1 : 0;
 }

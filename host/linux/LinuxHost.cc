@@ -16,6 +16,8 @@
 #include "host/linux/PlatformServices.h"
 #include "host/linux/RelocatingVfs.h"
 
+namespace kestrel {
+
 namespace {
 
 constexpr const char* FEATURE_CLASS = "KestrelStarts";
@@ -156,3 +158,5 @@ void LinuxHost::stop() {
     onOwnThread([this] { mFeature.reset(); });
     HostRuntime::instance().record(record::Stop{});
 }
+
+}  // namespace kestrel

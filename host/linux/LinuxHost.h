@@ -9,6 +9,8 @@
 #include "host/linux/HostRecord.h"
 #include "host/linux/HostSetup.h"
 
+namespace kestrel {
+
 // The service around the plug-in: loads it as the device's service does, constructs the feature and
 // delivers events to it. One process is one life of it, because the plug-in's singleton lives as
 // long as the process.
@@ -52,3 +54,5 @@ class LM_API LinuxHost {
     void* mPlugin = nullptr;  // stays loaded: its singleton lives as long as the process
     std::unique_ptr<Feature> mFeature;
 };
+
+}  // namespace kestrel

@@ -9,6 +9,8 @@
 #include "host/linux/HostRuntime.h"
 #include "host/linux/MeterRuns.h"
 
+using namespace kestrel;
+
 namespace {
 
 std::string_view packageOf(std::string_view app) {

@@ -9,6 +9,8 @@
 
 class MetaMeter;
 
+namespace kestrel {
+
 // The launch meter of one meta meter: one run at a time, from a launch hint to its end.
 // Threads: handleEvent on the event worker, handOver by the host between two events; the meter
 //          thread works only while handOver waits for it.
@@ -32,3 +34,5 @@ class MeterRuns {
     std::vector<std::unique_ptr<Run>> mFinished;  // not yet handed over
     Worker mMeterThread;
 };
+
+}  // namespace kestrel

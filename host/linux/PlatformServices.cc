@@ -13,6 +13,8 @@
 #include "host/linux/HostRuntime.h"
 #include "host/linux/PlatformServices.h"
 
+using namespace kestrel;
+
 namespace {
 
 HostRuntime& runtime() {
@@ -51,7 +53,7 @@ int perfLockRel(int handle) {
 
 }  // namespace
 
-void connectPerformanceService(const std::set<std::string>& absent) {
+void kestrel::connectPerformanceService(const std::set<std::string>& absent) {
     DynamicLoader& loader = DynamicLoader::getInstance();
     loader.mPerfGetPropExtn = absent.contains("property") ? nullptr : &getProperty;
     loader.mPerfHint = absent.contains("hint") ? nullptr : &perfHint;
@@ -107,7 +109,7 @@ int CpPLHController::commandCp(int command, std::string text, int flag) {
     return 0;
 }
 
-bool isKnobEnabled(int feature) {
+bool kestrel::isKnobEnabled(int feature) {
     const auto& knobs = runtime().setup().knobs;
     if (!knobs) {
         // The platform has no knob library; a plug-in's search may have found this one.

@@ -13,6 +13,8 @@
 #include "lmdb/KeyText.h"
 #include "lmdb/LMStatement.h"
 
+namespace kestrel {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -175,3 +177,5 @@ void ReadOnlyDatabase::fail() const {
     }
     throw std::runtime_error(what);
 }
+
+}  // namespace kestrel

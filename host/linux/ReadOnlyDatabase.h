@@ -12,6 +12,8 @@
 
 struct sqlite3;
 
+namespace kestrel {
+
 // How a database file can be read without a change to any file, by what lies beside it.
 enum class DatabaseAccess {
     alone,   // nothing waits to go into it
@@ -57,3 +59,5 @@ class LM_API ReadOnlyDatabase {
     std::unique_ptr<ForwardingVfs> mVfs;  // outlives what is opened through it
     sqlite3* mDb = nullptr;
 };
+
+}  // namespace kestrel

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <string_view>
 
+namespace kestrel {
+
 namespace {
 
 constexpr std::string_view DEVICE_DIRECTORY = "/data/vendor/lm/";
@@ -34,3 +36,5 @@ bool RelocatingVfs::mapPath(const char* name, std::size_t size, char* out) noexc
     const int length = std::snprintf(out, size, "%s%s", mRoot.c_str(), name);
     return static_cast<std::size_t>(length) < size;
 }
+
+}  // namespace kestrel

@@ -8,6 +8,8 @@
 #include "host/LmApi.h"
 #include "host/linux/ForwardingVfs.h"
 
+namespace kestrel {
+
 // Puts the databases that the plug-ins name by their place on the device below a root of the host's
 // choice, and leaves flushing to the disk out when asked to.
 class LM_API RelocatingVfs : public ForwardingVfs {
@@ -28,3 +30,5 @@ class LM_API RelocatingVfs : public ForwardingVfs {
     std::string mRoot;
     std::atomic<bool> mSync{true};
 };
+
+}  // namespace kestrel

@@ -8,6 +8,8 @@
 
 #include "host/AppState.h"
 
+namespace kestrel {
+
 // Where and how the host keeps the apps' states, for FeatureState and for those who only read them.
 
 inline constexpr const char* KS_STATE_TABLE = "app_state";
@@ -28,3 +30,5 @@ inline constexpr std::array KS_UNFINISHED_STATES = {APP_STATE_EVALUATING, APP_ST
 inline bool isUnfinished(AppState state) {
     return std::ranges::find(KS_UNFINISHED_STATES, state) != KS_UNFINISHED_STATES.end();
 }
+
+}  // namespace kestrel

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace kestrel {
+
 Worker::Worker() : mThread([this] { loop(); }) {}
 
 Worker::~Worker() {
@@ -43,3 +45,5 @@ void Worker::loop() {
         mChanged.notify_all();
     }
 }
+
+}  // namespace kestrel

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <thread>
 
+namespace kestrel {
+
 // A thread that does one thing at a time for whoever waits for it.
 // Threads: run from one thread at a time.
 class Worker {
@@ -28,3 +30,5 @@ class Worker {
     bool mStop = false;
     std::thread mThread;
 };
+
+}  // namespace kestrel

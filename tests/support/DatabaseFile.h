@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace kestrel {
+
 // One of the device's databases as another program sees it. Each call opens and closes the file.
 class DatabaseFile {
  public:
@@ -41,3 +43,5 @@ class DatabaseFile {
  private:
     std::filesystem::path mPath;
 };
+
+}  // namespace kestrel

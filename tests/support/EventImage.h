@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string_view>
 
+namespace kestrel {
+
 // An event as its bytes lie in the memory of a host that was built elsewhere: fields at the offsets
 // of the contract, texts as libc++ lays them out, and noise in what the plug-in must not read.
 class EventImage {
@@ -47,3 +49,5 @@ class EventImage {
  private:
     alignas(8) std::array<std::byte, 120> mBytes;
 };
+
+}  // namespace kestrel

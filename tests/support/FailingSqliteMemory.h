@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+namespace kestrel {
+
 // Fails the n-th request of SQLite for memory from now, once or from then on. For one source of a
 // test program, which it prepares before SQLite is used.
 // Threads: one at a time.
@@ -50,3 +52,5 @@ class FailingSqliteMemory {
     static inline int mHits = 0;
     static inline const bool mInstalled = install();
 };
+
+}  // namespace kestrel

@@ -2,6 +2,8 @@
 
 #include "host/linux/ForwardingVfs.h"
 
+namespace kestrel {
+
 // Fails the n-th call of one kind from now, once or from then on. Nobody sleeps.
 // Threads: one at a time.
 class FaultVfs : public ForwardingVfs {
@@ -45,3 +47,5 @@ class FaultVfs : public ForwardingVfs {
     bool mLasting = false;
     int mHits = 0;
 };
+
+}  // namespace kestrel

@@ -10,6 +10,8 @@
 #include "feature/KestrelStartsFeature.h"
 #include "tests/support/TestHost.h"
 
+namespace kestrel {
+
 inline AsyncTriggerPayload eventOf(const std::string& app, int32_t hintId, int32_t hintType) {
     AsyncTriggerPayload payload;
     payload.hintId = hintId;
@@ -70,3 +72,5 @@ class FeatureTest : public testing::Test {
     TestHost mHost;
     KestrelStartsFeature mFeature{FeatureInfo{.featureName = "KestrelStarts"}};
 };
+
+}  // namespace kestrel

@@ -10,6 +10,8 @@
 
 #include "tests/support/TestHost.h"
 
+namespace kestrel {
+
 // Whether all that was told stands in NAME.lines of the faults, in blocks that a blank line ends.
 // If not, a file is left of what came. Not all that is there comes with every build: how much is
 // allocated differs.
@@ -37,3 +39,5 @@ inline void expectKnown(const std::set<Lines>& told, const std::string& name) {
     }
     ADD_FAILURE() << "what came is in " << path;
 }
+
+}  // namespace kestrel

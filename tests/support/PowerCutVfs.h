@@ -10,6 +10,8 @@
 
 #include "host/linux/ForwardingVfs.h"
 
+namespace kestrel {
+
 // Keeps, before every call that changes files, what a disk may hold if the power goes there.
 // Threads: one at a time. The files are small; each image holds them all.
 class PowerCutVfs : public ForwardingVfs {
@@ -89,3 +91,5 @@ class PowerCutVfs : public ForwardingVfs {
     std::string mSyncing;  // its sync completes before the next call
     Files mDurable;        // at first, all that was there
 };
+
+}  // namespace kestrel

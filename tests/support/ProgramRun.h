@@ -10,7 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/TemporaryDirectory.h"
+#include "tools/base/TemporaryDirectory.h"
+
+namespace kestrel {
 
 // Runs kestrelhost as a user does, in a directory of its own.
 class ProgramRun {
@@ -58,3 +60,5 @@ inline std::vector<std::string> splitLines(const std::string& text) {
     }
     return lines;
 }
+
+}  // namespace kestrel

@@ -10,6 +10,8 @@
 
 #include "tests/support/ProgramRun.h"
 
+namespace kestrel {
+
 // A record stream that answers by hand what became of its launches and boosts: for each question it
 // searches the records forward from where it is asked.
 class RecordStream {
@@ -173,3 +175,5 @@ class RecordStream {
 
     std::vector<Json> mRecords;
 };
+
+}  // namespace kestrel

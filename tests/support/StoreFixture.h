@@ -10,6 +10,8 @@
 #include "learning/LearningRecords.h"
 #include "tests/support/TestHost.h"
 
+namespace kestrel {
+
 using InputDb = LMDatabase<KSInputDbData>;
 using Rows = LMDBDataTable<KSInputDbData>::vecT;
 
@@ -64,3 +66,5 @@ class StoreTest : public testing::Test {
 
     TestHost mHost;
 };
+
+}  // namespace kestrel

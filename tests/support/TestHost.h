@@ -9,7 +9,9 @@
 #include "host/linux/HostRuntime.h"
 #include "host/linux/PlatformServices.h"
 #include "host/linux/RelocatingVfs.h"
-#include "tools/TemporaryDirectory.h"
+#include "tools/base/TemporaryDirectory.h"
+
+namespace kestrel {
 
 // A platform for code that is linked into the test: a root of its own, and every record kept.
 // Ownership: borrowed by whatever it hosts, which must end first.
@@ -57,3 +59,5 @@ class TestHost {
 };
 
 using Lines = std::vector<std::string>;
+
+}  // namespace kestrel

@@ -1,6 +1,0 @@
-#pragma once
-
-#include <string>
-
-// The whole content of a file. Throws InputError when it cannot be read.
-std::string readFile(const std::string& fileName);

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace kestrel {
+
+// The whole content of a file. Throws InputError when it cannot be read.
+std::string readFile(const std::string& fileName);
+
+}  // namespace kestrel

@@ -1,0 +1,22 @@
+#include "tools/commands/Import.h"
+
+#include <iostream>
+
+#include "tools/base/Interruption.h"
+#include "tools/input/EventTrace.h"
+#include "tools/input/Input.h"
+
+namespace kestrel {
+
+void importLogs(const std::vector<std::string>& logs, const std::optional<std::string>& hostFile) {
+    InputSequence inputs(logs, hostFile, InputKinds::logsOnly);
+    while (const auto object = inputs.next()) {
+        std::cout << toTraceLine(*object) << '\n';
+        if (inputs.hasLiveInput()) {
+            flushOutput();
+        }
+    }
+    flushOutput();
+}
+
+}  // namespace kestrel

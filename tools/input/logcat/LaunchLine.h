@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <variant>
+
+namespace kestrel {
+
+// What one entry of an Android log says about launches. All of these borrow the entry's text.
+
+// An activity was started: an intent, or the event that the creation of an activity logs.
+struct ActivityStart {
+    std::string_view package;
+    uint32_t flags = 0;   // of the intent; 0 as well when they cannot be read
+    int resultCode = 0;   // 0 when there is none; -1 when it cannot be read
+    bool isHome = false;  // with category HOME; never true for a creation
+    bool isCreation = false;
+};
+
+// An activity drew its first frame.
+struct FirstFrame {
+    std::string_view package;
+    int64_t ownMs = 0;                              // since the activity itself was started
+    std::optional<int64_t> totalMs = std::nullopt;  // since the first of the starts that led to it
+};
+
+// A package came to the front.
+struct AppSwitch {
+    std::string_view package;
+};
+
+// The processes of a package were stopped.
+struct ForceStop {
+    std::string_view package;
+    std::string_view reason;
+};
+
+using LaunchLine = std::variant<std::monostate, ActivityStart, FirstFrame, AppSwitch, ForceStop>;
+
+// Who wrote an entry, as far as launches go.
+enum class LogSource { other, activityManager, createEvent, launchTimeEvent, frontEvent };
+
+LogSource logSourceOf(std::string_view tag);
+
+// Takes any bytes; std::monostate when the text is cut short or says nothing about launches.
+LaunchLine parseLaunchLine(LogSource source, std::string_view text);
+
+}  // namespace kestrel

@@ -1,0 +1,142 @@
+#include "tools/views/EvaluationData.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tools/base/OptionalJson.h"
+
+namespace kestrel {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string titleOf(const std::vector<std::string>& inputs) {
+    std::string title;
+    for (const std::string& input : inputs) {
+        title += (title.empty() ? "" : ", ") + (input == "-" ? "standard input" : input);
+    }
+    return title;
+}
+
+Json toJson(const PolicyNumbers& numbers) {
+    const auto known = [&](auto value) {
+        return numbers.launches > 0 ? Json(value) : Json(nullptr);
+    };
+    return {{"launches", numbers.launches},
+            {"coverage",
+             {{"p10", known(numbers.coverage.p10)},
+              {"p50", known(numbers.coverage.p50)},
+              {"mean", known(numbers.coverage.mean)}}},
+            {"fullyCovered", numbers.fullyCovered},
+            {"wastedMs",
+             {{"p50", known(numbers.wastedMs.p50)},
+              {"p90", known(numbers.wastedMs.p90)},
+              {"mean", known(numbers.wastedMs.mean)}}},
+            {"boostedMs", numbers.boostedMs}};
+}
+
+// An app that learns anew is learning.
+const char* currentPhase(LaunchPhase phase) {
+    return phaseText(phase == LaunchPhase::relearning ? LaunchPhase::learning : phase);
+}
+
+const char* markText(AppMark::Kind kind) {
+    switch (kind) {
+        case AppMark::Kind::learned:
+            return "learned";
+        case AppMark::Kind::relearning:
+            return "relearning";
+        case AppMark::Kind::disabled:
+            return "disabled";
+        case AppMark::Kind::removed:
+            break;
+    }
+    return "removed";
+}
+
+std::size_t countApps(const Evaluation& evaluation, LaunchPhase state) {
+    const auto& apps = evaluation.apps();
+    return static_cast<std::size_t>(std::count_if(
+        apps.begin(), apps.end(), [&](const auto& app) { return app.second.state == state; }));
+}
+
+Json summaryOf(const Evaluation& evaluation) {
+    return {{"apps", evaluation.apps().size()},
+            {"launches", evaluation.launches().size()},
+            {"measured", evaluation.measured()},
+            {"passedOver", evaluation.passedOver()},
+            {"learnedApps", countApps(evaluation, LaunchPhase::learned)},
+            {"disabledApps", countApps(evaluation, LaunchPhase::disabled)},
+            {"firstT", evaluation.firstT()},
+            {"lastT", evaluation.lastT()}};
+}
+
+Json policiesOf(const Evaluation& evaluation) {
+    Json policies = Json::array();
+    for (const PolicyName& policy : POLICIES) {
+        Json entry = {{"id", policy.id}, {"name", policy.name}};
+        entry.update(toJson(evaluation.numbers(policy.policy)));
+        policies.push_back(std::move(entry));
+    }
+    return policies;
+}
+
+Json toJson(const Evaluation::AppLaunch& launch) {
+    return {{"t", launch.t},
+            {"durationMs", orNull(launch.durationMs)},
+            {"boostMs", launch.boostMs},
+            {"requestedMs", orNull(launch.requestedMs)},
+            {"defaultMs", orNull(launch.defaultMs)},
+            {"phase", currentPhase(launch.phase)}};
+}
+
+Json toJson(const AppMark& mark) {
+    Json entry = {{"t", mark.t}, {"kind", markText(mark.kind)}};
+    if (mark.durationMs) {
+        entry["durationMs"] = *mark.durationMs;
+    }
+    return entry;
+}
+
+Json toJson(const Evaluation& evaluation, const std::string& name, const Evaluation::App& app) {
+    return {{"app", name},
+            {"state", currentPhase(app.state)},
+            {"learnedMs", orNull(app.learnedMs)},
+            {"launches", app.launches.size()},
+            {"measured", app.measured},
+            {"kestrel", toJson(evaluation.numbers(Policy::kestrel, app))},
+            {"fixed5000", toJson(evaluation.numbers(Policy::fixed5000, app))}};
+}
+
+void addLaunches(const Evaluation& evaluation, const Evaluation::App& app, Json& entry) {
+    Json& series = entry["series"] = Json::array();
+    for (const std::size_t launch : app.launches) {
+        series.push_back(toJson(evaluation.launches()[launch]));
+    }
+    Json& marks = entry["marks"] = Json::array();
+    for (const AppMark& mark : app.marks) {
+        marks.push_back(toJson(mark));
+    }
+}
+
+}  // namespace
+
+nlohmann::ordered_json toJson(const Evaluation& evaluation, const std::vector<std::string>& inputs,
+                              EvaluationDetail detail) {
+    Json apps = Json::array();
+    for (const auto& [name, app] : evaluation.apps()) {
+        Json entry = toJson(evaluation, name, app);
+        if (detail == EvaluationDetail::launches) {
+            addLaunches(evaluation, app, entry);
+        }
+        apps.push_back(std::move(entry));
+    }
+    return {{"title", titleOf(inputs)},
+            {"version", evaluation.featureVersion()},
+            {"summary", summaryOf(evaluation)},
+            {"policies", policiesOf(evaluation)},
+            {"apps", std::move(apps)}};
+}
+
+}  // namespace kestrel

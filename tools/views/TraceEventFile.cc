@@ -1,0 +1,233 @@
+#include "tools/views/TraceEventFile.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "host/AppState.h"
+#include "tools/base/OptionalJson.h"
+#include "tools/launches/PolicyNumbers.h"
+#include "tools/views/ReportText.h"
+
+namespace kestrel {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// The format counts in microseconds. A time beyond its range becomes the last or first one.
+int64_t toMicroseconds(int64_t ms) {
+    int64_t us = 0;
+    if (!__builtin_mul_overflow(ms, int64_t{1000}, &us)) {
+        return us;
+    }
+    using Limits = std::numeric_limits<int64_t>;
+    return ms > 0 ? Limits::max() : Limits::min();
+}
+
+int64_t differenceUs(int64_t fromUs, int64_t toUs) {
+    int64_t difference = 0;
+    return __builtin_sub_overflow(toUs, fromUs, &difference) ? std::numeric_limits<int64_t>::max()
+                                                             : difference;
+}
+
+const char* endText(BoostEnd end) {
+    switch (end) {
+        case BoostEnd::ranOut:
+            return "ran out";
+        case BoostEnd::released:
+            return "released";
+        case BoostEnd::replaced:
+            break;
+    }
+    return "replaced";
+}
+
+Json argsOf(const Launch& launch) {
+    Json args = {{"phase", phaseText(launch.phase)},
+                 {"durationMs", orNull(launch.durationMs)},
+                 {"defaultMs", orNull(requestedMs(launch.defaultBoost))},
+                 {"requestedMs", orNull(requestedMs(launch.launchBoost))},
+                 {"boostMs", launch.boostMs()}};
+    if (launch.durationMs) {
+        const BoostedLaunch boosted{*launch.durationMs, launch.boostMs()};
+        args["coveredMs"] = boosted.coveredMs();
+        args["wastedMs"] = boosted.wastedMs();
+    }
+    if (launch.isGame) {
+        args["game"] = true;
+    }
+    return args;
+}
+
+constexpr std::array<const char*, 6> TRACK_NAMES = {
+    "launches", "learning", "default boost", "launch boost", "attach boost", "hardware profile"};
+
+Json metadata(const char* name, int process, int thread, Json args) {
+    return {
+        {"name", name}, {"ph", "M"}, {"pid", process}, {"tid", thread}, {"args", std::move(args)}};
+}
+
+}  // namespace
+
+TraceEventFile::TraceEventFile(std::ostream& out) : mOut(out) {
+    mOut << "{\"traceEvents\":[";
+}
+
+TraceEventFile::~TraceEventFile() {
+    complete();
+}
+
+void TraceEventFile::complete() {
+    if (!mComplete) {
+        mComplete = true;
+        mTimeline.finish();
+        mOut << "\n],\"displayTimeUnit\":\"ms\"}\n";
+    }
+}
+
+void TraceEventFile::endInput(Feature& /*feature*/) {
+    complete();
+}
+
+void TraceEventFile::add(const HostRecord& entry) {
+    if (!mComplete) {
+        mTimeline.add(entry);
+        std::visit([&](const auto& what) { addRecord(entry.t, what); }, entry.what);
+    }
+}
+
+void TraceEventFile::addRecord(int64_t t, const record::State& change) {
+    writeInstant(change.app, Track::learning,
+                 change.state == APP_STATE_RELEARN ? "relearning" : stateText(change.state), t,
+                 {{"state", change.state}});
+}
+
+void TraceEventFile::addRecord(int64_t t, const record::Forget& removal) {
+    writeInstant(removal.app, Track::learning, "forgotten", t, Json::object());
+}
+
+void TraceEventFile::addRecord(int64_t t, const record::Export& status) {
+    writeInstant(status.app, Track::learning, status.text, t, {{"value", status.value}});
+}
+
+void TraceEventFile::addRecord(int64_t t, const record::Measured& run) {
+    writeInstant(run.app, Track::learning, run.aborted ? "not measured, cut off" : "measured", t,
+                 {{"durationMs", run.duration}, {"result", run.result}});
+}
+
+void TraceEventFile::onLaunch(const Launch& launch) {
+    // What an earlier life has learned is first seen in the boost.
+    if (launch.phase == LaunchPhase::learned && launch.launchBoost &&
+        !processOf(launch.app).hasCounter) {
+        writeLearned(launch.app, launch.t, launch.launchBoost->requestedMs);
+    }
+    const int64_t to = launch.durationMs ? launch.t + *launch.durationMs : *launch.overT;
+    writeSlice(launch.app, Track::launches,
+               launch.durationMs ? "launch" : "launch without a first frame", launch.t, to,
+               argsOf(launch));
+}
+
+void TraceEventFile::onPassedOver(int64_t t, const std::string& app) {
+    writeInstant(app, Track::launches, "launch, passed over", t, Json::object());
+}
+
+void TraceEventFile::onBoost(const Boost& boost) {
+    if (boost.kind == BoostKind::hardwareProfile && boost.from == boost.to) {
+        return;  // the default boost starts the profile, and at once the launch boost anew
+    }
+    constexpr std::array TRACKS = {Track::defaultBoost, Track::launchBoost, Track::attachBoost,
+                                   Track::hardwareProfile};
+    const Track track = TRACKS[static_cast<std::size_t>(boost.kind)];
+    Json args = {{"requestedMs", boost.requestedMs}, {"end", endText(boost.end)}};
+    if (boost.kind != BoostKind::hardwareProfile) {
+        args["handle"] = boost.handle;
+    }
+    writeSlice(boost.app, track, TRACK_NAMES[static_cast<std::size_t>(track)], boost.from, boost.to,
+               std::move(args));
+}
+
+void TraceEventFile::onMark(const AppMark& mark) {
+    if (mark.kind == AppMark::Kind::learned || mark.kind == AppMark::Kind::removed) {
+        writeLearned(mark.app, mark.t, mark.durationMs.value_or(0));
+    }
+}
+
+void TraceEventFile::writeLearned(const std::string& app, int64_t t, int32_t durationMs) {
+    Process& process = processOf(app);
+    process.hasCounter = true;
+    write({{"name", "learned duration"},
+           {"ph", "C"},
+           {"ts", toMicroseconds(t)},
+           {"pid", process.id},
+           {"args", {{"ms", durationMs}}}});
+}
+
+TraceEventFile::Process& TraceEventFile::processOf(const std::string& app) {
+    Process& process = mProcesses[app];
+    if (process.id == 0) {
+        process.id = ++mLastId;
+        write(metadata("process_name", process.id, 0, {{"name", app}}));
+        for (const Track track : {Track::launches, Track::learning}) {
+            addLane(process, track);
+        }
+    }
+    return process;
+}
+
+TraceEventFile::Lane& TraceEventFile::addLane(Process& process, Track track) {
+    std::vector<Lane>& lanes = process.tracks[track];
+    const int thread = ++mLastId;
+    lanes.push_back({thread, std::numeric_limits<int64_t>::min()});
+    const auto index = static_cast<std::size_t>(track);
+    std::string name = TRACK_NAMES[index];
+    if (lanes.size() > 1) {
+        name += " " + std::to_string(lanes.size());
+    }
+    write(metadata("thread_name", process.id, thread, {{"name", name}}));
+    write(metadata("thread_sort_index", process.id, thread, {{"sort_index", index}}));
+    return lanes.back();
+}
+
+TraceEventFile::Lane& TraceEventFile::freeLane(Process& process, Track track, int64_t from) {
+    for (Lane& lane : process.tracks[track]) {
+        if (lane.busyUntil <= from) {
+            return lane;
+        }
+    }
+    return addLane(process, track);
+}
+
+void TraceEventFile::writeSlice(const std::string& app, Track track, const std::string& name,
+                                int64_t from, int64_t to, Json args) {
+    Process& process = processOf(app);
+    Lane& lane = freeLane(process, track, from);
+    lane.busyUntil = to;
+    const int64_t fromUs = toMicroseconds(from);
+    write({{"name", name},
+           {"ph", "X"},
+           {"ts", fromUs},
+           {"dur", differenceUs(fromUs, toMicroseconds(to))},
+           {"pid", process.id},
+           {"tid", lane.thread},
+           {"args", std::move(args)}});
+}
+
+void TraceEventFile::writeInstant(const std::string& app, Track track, const std::string& name,
+                                  int64_t t, Json args) {
+    Process& process = processOf(app);
+    write({{"name", name},
+           {"ph", "i"},
+           {"ts", toMicroseconds(t)},
+           {"pid", process.id},
+           {"tid", process.tracks[track].front().thread},
+           {"s", "t"},
+           {"args", std::move(args)}});
+}
+
+void TraceEventFile::write(const Json& event) {
+    mOut << (std::exchange(mWroteEvent, true) ? ",\n" : "\n")
+         << event.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace kestrel
