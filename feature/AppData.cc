@@ -4,9 +4,9 @@
 
 #include "action/KestrelStartsAction.h"
 #include "feature/KestrelStartsFeature.h"
-#include "feature/ShortName.h"
 #include "host/AsyncEvent.h"
 #include "host/KestrelStartsHints.h"
+#include "host/ShortName.h"
 #include "learning/OutputRecord.h"
 #include "lmdb/LMDBRows.h"
 #include "lmdb/LMLog.h"
@@ -61,7 +61,7 @@ int KestrelStartsFeature::getData(std::string& app, featureData& data, int type)
         if (data.value == 0) {
             return 0;
         }
-        std::string package = shortName(app);
+        std::string package(shortName(app));
         data.value = std::max(AsyncEvent::getPidFromMap(package), 1);
         return 0;
     }

@@ -4,8 +4,8 @@
 
 #include "action/KestrelStartsAction.h"
 #include "feature/KestrelStartsFeature.h"
-#include "feature/ShortName.h"
 #include "host/KestrelStartsHints.h"
+#include "host/ShortName.h"
 #include "lmdb/LMLog.h"
 
 namespace {
@@ -42,7 +42,7 @@ void KestrelStartsFeature::runAsync(AsyncTriggerPayload payload) {
 }
 
 void KestrelStartsFeature::dispatch(KestrelStartsAction* action, AsyncTriggerPayload& payload) {
-    const std::string app = shortName(payload.appName);
+    const std::string app(shortName(payload.appName));
     if (mAttachHintEnabled && payload.hintType == KS_HINT_TYPE_ATTACH) {
         mAttachHintArg = payload.hintArg;
         action->applyDefaultAttachBoost(app, payload.launchType, 0);

@@ -1,23 +1,12 @@
 #include "host/MetaMeter.h"
 
 #include <cmath>
-#include <string_view>
 #include <utility>
 
-#include "host/KestrelStartsHints.h"
-#include "host/linux/Elapsed.h"
 #include "host/linux/HostRuntime.h"
 #include "host/linux/MeterRuns.h"
 
 using namespace kestrel;
-
-namespace {
-
-std::string_view packageOf(std::string_view app) {
-    return app.substr(0, app.find('/'));
-}
-
-}  // namespace
 
 // ---- Meter, LaunchMeter
 
@@ -38,33 +27,28 @@ float LaunchMeter::calcDiffPercentage(float mean, float value) {
 // ---- MeterRuns
 
 void MeterRuns::handleEvent(AsyncTriggerPayload const& payload) {
-    if (payload.hintId == KS_LAUNCH_HINT && payload.hintType == KS_HINT_TYPE_LAUNCH) {
+    if (LaunchRun::begins(payload.hintId, payload.hintType)) {
         start(payload);
         return;
     }
     if (mOpen == nullptr ||
-        (payload.hintId != KS_HINT_METER_EVENT && payload.hintId != KS_HINT_LAUNCH_END)) {
+        !mOpen->run.take(payload.hintId, payload.appName, HostRuntime::instance().time())) {
         return;
     }
     mOpen->meter.mTriggerPayloads.push_back(payload);
-    if (payload.hintId == KS_HINT_LAUNCH_END) {
+    mOpen->meter.measuredDuration = mOpen->run.durationMs().value_or(0);
+    if (mOpen->run.endT()) {
         finish();
-        return;
-    }
-    if (!mOpen->sawFrame && packageOf(payload.appName) == packageOf(mOpen->app)) {
-        mOpen->sawFrame = true;
-        mOpen->meter.measuredDuration = elapsedMs(mOpen->startedAt, HostRuntime::instance().time());
     }
 }
 
 void MeterRuns::start(AsyncTriggerPayload const& payload) {
     if (mOpen != nullptr) {
-        mOpen->meter.aborted = !mOpen->sawFrame;
+        mOpen->meter.aborted = !mOpen->run.frameT();
         finish();
     }
-    mOpen = std::make_unique<Run>();
-    mOpen->app = payload.appName;
-    mOpen->startedAt = HostRuntime::instance().time();
+    mOpen =
+        std::make_unique<Measurement>(LaunchRun(payload.appName, HostRuntime::instance().time()));
     mOpen->meter.mTriggerPayloads.push_back(payload);
 }
 
@@ -77,11 +61,11 @@ void MeterRuns::handOver(MetaMeter& metaMeter) {
         return;
     }
     mMeterThread.run([&] {
-        for (const auto& run : std::exchange(mFinished, {})) {
-            LaunchMeter& meter = run->meter;
+        for (const auto& finished : std::exchange(mFinished, {})) {
+            LaunchMeter& meter = finished->meter;
             const int result = metaMeter.writeToDataBase({&meter});
-            HostRuntime::instance().record(
-                record::Measured{run->app, meter.measuredDuration, meter.aborted, result});
+            HostRuntime::instance().record(record::Measured{
+                finished->run.app(), meter.measuredDuration, meter.aborted, result});
         }
     });
 }

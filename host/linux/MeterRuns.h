@@ -1,10 +1,11 @@
 #pragma once
 
 #include <memory>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "host/LaunchMeter.h"
+#include "host/linux/LaunchRun.h"
 #include "host/linux/Worker.h"
 
 class MetaMeter;
@@ -20,18 +21,18 @@ class MeterRuns {
     void handOver(MetaMeter& metaMeter);
 
  private:
-    struct Run {
+    struct Measurement {
+        explicit Measurement(LaunchRun begun) : run(std::move(begun)) {}
+
         LaunchMeter meter;
-        std::string app;    // of the launch hint
-        int64_t startedAt;  // ms
-        bool sawFrame = false;
+        LaunchRun run;
     };
 
     void start(AsyncTriggerPayload const& payload);
     void finish();
 
-    std::unique_ptr<Run> mOpen;                   // null: no launch is being measured
-    std::vector<std::unique_ptr<Run>> mFinished;  // not yet handed over
+    std::unique_ptr<Measurement> mOpen;                   // null: no launch is being measured
+    std::vector<std::unique_ptr<Measurement>> mFinished;  // not yet handed over
     Worker mMeterThread;
 };
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iostream>
 
-#include "feature/ShortName.h"
 #include "host/KestrelStartsHints.h"
+#include "host/ShortName.h"
 #include "tools/base/Interruption.h"
 #include "tools/store/Explanation.h"
 #include "tools/views/ExplanationText.h"
@@ -34,7 +34,7 @@ void explain(const ExplainOptions& options) {
     if (isConfigured) {
         stored.state = APP_STATE_DISABLED;  // written whenever the feature is constructed
     }
-    const bool isGame = options.game || setup.games.contains(shortName(options.app));
+    const bool isGame = options.game || setup.games.contains(std::string(shortName(options.app)));
     Explanation explanation = explain(options.app, stored, isGame ? KS_LAUNCH_TYPE_GAME : 0,
                                       options.appClass.value_or(classOf(options.app, setup)));
     explanation.isConfigured = isConfigured;

@@ -4,9 +4,9 @@
 #include <limits>
 #include <string_view>
 
-#include "feature/ShortName.h"
 #include "host/AppState.h"
 #include "host/KestrelStartsHints.h"
+#include "host/ShortName.h"
 #include "host/linux/Elapsed.h"
 #include "tools/base/TextScanner.h"
 

@@ -6,8 +6,8 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "feature/ShortName.h"
 #include "host/KestrelStartsHints.h"
+#include "host/ShortName.h"
 #include "host/linux/ReadOnlyDatabase.h"
 #include "host/linux/StateStore.h"
 #include "learning/OutputRecord.h"
