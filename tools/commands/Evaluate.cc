@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "tools/base/Interruption.h"
+#include "tools/base/Json.h"
 #include "tools/base/OutputFile.h"
 #include "tools/base/TemporaryDirectory.h"
 #include "tools/input/Input.h"
@@ -16,8 +17,6 @@
 namespace kestrel {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // Shows an evaluation once it is complete, also when the input ends with a wrong line.
 class Show : public LifeWatcher {
@@ -54,9 +53,7 @@ void evaluate(const EvaluateOptions& options) {
             printEvaluation(evaluation, text);
             return;
         }
-        text << toJson(evaluation, options.inputs, EvaluationDetail::numbers)
-                    .dump(-1, ' ', false, Json::error_handler_t::replace)
-             << '\n';
+        text << toText(toJson(evaluation, options.inputs, EvaluationDetail::numbers)) << '\n';
     });
 }
 

@@ -82,8 +82,8 @@ void printApp(const std::string& app, const StoredApp& stored) {
     }
 }
 
-nlohmann::ordered_json toJson(const LearningStore& store, const std::optional<std::string>& only) {
-    nlohmann::ordered_json apps = nlohmann::ordered_json::array();
+Json toJson(const LearningStore& store, const std::optional<std::string>& only) {
+    Json apps = Json::array();
     for (const auto& [app, stored] : store.apps) {
         if (!only || app == *only) {
             apps.push_back(appJson(app, stored));

@@ -7,6 +7,7 @@
 #include "host/KestrelStartsHints.h"
 #include "tools/base/FileContent.h"
 #include "tools/base/InputError.h"
+#include "tools/base/Json.h"
 #include "tools/base/StrictJson.h"
 
 namespace kestrel {
@@ -254,7 +255,7 @@ HostSetup readSetupFile(const std::string& fileName) {
 
 std::string toTraceLine(const TraceObject& object) {
     const auto& event = std::get<HintEvent>(object.what);
-    nlohmann::ordered_json line = {{"t", object.t}, {"hintId", event.hintId}};
+    Json line = {{"t", object.t}, {"hintId", event.hintId}};
     if (event.hintType != 0) {
         line["hintType"] = event.hintType;
     }
@@ -262,7 +263,7 @@ std::string toTraceLine(const TraceObject& object) {
     if (event.hintId == KS_LAUNCH_HINT) {
         line["launchType"] = event.launchType;
     }
-    return line.dump(-1, ' ', false, json::error_handler_t::replace);
+    return toText(line);
 }
 
 }  // namespace kestrel

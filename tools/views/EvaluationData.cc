@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "tools/base/OptionalJson.h"
+#include "tools/base/Json.h"
 
 namespace kestrel {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string titleOf(const std::vector<std::string>& inputs) {
     std::string title;
@@ -122,8 +120,8 @@ void addLaunches(const Evaluation& evaluation, const Evaluation::App& app, Json&
 
 }  // namespace
 
-nlohmann::ordered_json toJson(const Evaluation& evaluation, const std::vector<std::string>& inputs,
-                              EvaluationDetail detail) {
+Json toJson(const Evaluation& evaluation, const std::vector<std::string>& inputs,
+            EvaluationDetail detail) {
     Json apps = Json::array();
     for (const auto& [name, app] : evaluation.apps()) {
         Json entry = toJson(evaluation, name, app);

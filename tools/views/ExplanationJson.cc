@@ -8,8 +8,6 @@ namespace kestrel {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 Json passJson(const DurationEvaluation::Pass& pass) {
     Json examined = Json::array();
     for (const OutlierPass::Examined& one : pass.seen.examined) {
@@ -63,7 +61,6 @@ const char* nextName(NextStep next) {
 }  // namespace
 
 Json explanationJson(const std::string& app, const Explanation& x, const LearningStore& store) {
-    const auto orNull = [](const std::optional<int32_t>& ms) { return ms ? Json(*ms) : Json(); };
     const auto learned = [](const std::optional<KSPerfdOutput>& record, auto field) {
         return record ? Json((*record).*field) : Json();
     };

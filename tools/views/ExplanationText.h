@@ -1,9 +1,9 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 
+#include "tools/base/Json.h"
 #include "tools/store/Explanation.h"
 
 namespace kestrel {
@@ -12,7 +12,7 @@ namespace kestrel {
 
 void printExplanation(std::ostream& out, const std::string& app, const Explanation& explanation);
 
-nlohmann::ordered_json explanationJson(const std::string& app, const Explanation& explanation,
-                                       const LearningStore& store);
+Json explanationJson(const std::string& app, const Explanation& explanation,
+                     const LearningStore& store);
 
 }  // namespace kestrel

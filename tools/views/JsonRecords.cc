@@ -1,12 +1,10 @@
 #include "tools/views/JsonRecords.h"
 
-#include <nlohmann/json.hpp>
+#include "tools/base/Json.h"
 
 namespace kestrel {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // Each record's kind, and its keys in their order behind "kind" and "t".
 struct Fields {
@@ -108,7 +106,7 @@ std::string toJsonLine(const HostRecord& entry) {
     Fields what = std::visit(ToFields{}, entry.what);
     Json line = {{"kind", what.kind}, {"t", entry.t}};
     line.update(what.fields);
-    return line.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return toText(line);
 }
 
 }  // namespace kestrel

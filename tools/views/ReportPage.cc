@@ -18,9 +18,8 @@ constexpr std::string_view DATA_PLACE = "@DATA@";
 
 // JSON that an HTML script element may hold: no "<", which could end the element or open a comment.
 // JSON has it only within texts, where its escape says the same.
-std::string elementText(const nlohmann::ordered_json& data) {
-    const std::string json =
-        data.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+std::string elementText(const Json& data) {
+    const std::string json = toText(data);
     std::string text;
     text.reserve(json.size());
     for (const char c : json) {
@@ -35,7 +34,7 @@ std::string elementText(const nlohmann::ordered_json& data) {
 
 }  // namespace
 
-void writeReportPage(std::ostream& out, const nlohmann::ordered_json& data) {
+void writeReportPage(std::ostream& out, const Json& data) {
     const std::string_view page(reinterpret_cast<const char*>(PAGE), sizeof(PAGE));
     const std::size_t place = page.find(DATA_PLACE);
     out << page.substr(0, place) << elementText(data) << page.substr(place + DATA_PLACE.size());

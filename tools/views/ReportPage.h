@@ -1,7 +1,8 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <ostream>
+
+#include "tools/base/Json.h"
 
 namespace kestrel {
 
@@ -23,6 +24,6 @@ namespace kestrel {
 //                    "removed"
 // Units:  durations and times ms, exact up to 2^53; coverage 0..1. null: there is none.
 // Errors: texts that are not UTF-8 get U+FFFD; a failed write is left in `out`'s state.
-void writeReportPage(std::ostream& out, const nlohmann::ordered_json& data);
+void writeReportPage(std::ostream& out, const Json& data);
 
 }  // namespace kestrel

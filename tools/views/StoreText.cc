@@ -10,12 +10,6 @@
 
 namespace kestrel {
 
-namespace {
-
-using Json = nlohmann::ordered_json;
-
-}  // namespace
-
 HostSetup setupOf(const std::optional<std::string>& hostFile) {
     return hostFile ? readSetupFile(*hostFile) : HostSetup{};
 }
@@ -92,7 +86,7 @@ Json appJson(const std::string& app, const StoredApp& stored) {
 }
 
 void printJson(const Json& object) {
-    std::cout << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    std::cout << toText(object, 2) << '\n';
 }
 
 }  // namespace kestrel

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "host/linux/HostSetup.h"
+#include "tools/base/Json.h"
 #include "tools/store/LearningStore.h"
 
 namespace kestrel {
@@ -32,10 +32,10 @@ void tellDamage(const LearningStore& store);
 // Throws std::runtime_error when a file is damaged.
 void expectUndamaged(const LearningStore& store);
 
-nlohmann::ordered_json filesJson(const LearningStore& store);
-nlohmann::ordered_json appJson(const std::string& app, const StoredApp& stored);
+Json filesJson(const LearningStore& store);
+Json appJson(const std::string& app, const StoredApp& stored);
 
 // Prints the one object of a command. Bytes that are not UTF-8 become U+FFFD.
-void printJson(const nlohmann::ordered_json& object);
+void printJson(const Json& object);
 
 }  // namespace kestrel

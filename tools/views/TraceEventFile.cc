@@ -5,15 +5,12 @@
 #include <limits>
 
 #include "host/AppState.h"
-#include "tools/base/OptionalJson.h"
 #include "tools/launches/PolicyNumbers.h"
 #include "tools/views/ReportText.h"
 
 namespace kestrel {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // The format counts in microseconds. A time beyond its range becomes the last or first one.
 int64_t toMicroseconds(int64_t ms) {
@@ -226,8 +223,7 @@ void TraceEventFile::writeInstant(const std::string& app, Track track, const std
 }
 
 void TraceEventFile::write(const Json& event) {
-    mOut << (std::exchange(mWroteEvent, true) ? ",\n" : "\n")
-         << event.dump(-1, ' ', false, Json::error_handler_t::replace);
+    mOut << (std::exchange(mWroteEvent, true) ? ",\n" : "\n") << toText(event);
 }
 
 }  // namespace kestrel

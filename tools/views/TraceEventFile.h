@@ -2,13 +2,13 @@
 
 #include <cstdint>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "tools/base/Json.h"
 #include "tools/launches/LaunchTimeline.h"
 #include "tools/session/HostLife.h"
 
@@ -30,7 +30,6 @@ class TraceEventFile : public LifeWatcher, private LaunchTimeline::Listener {
     void endInput(Feature& feature) override;
 
  private:
-    using Json = nlohmann::ordered_json;
     enum class Track {
         launches,
         learning,
