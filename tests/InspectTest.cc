@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -172,6 +173,44 @@ TEST_F(InspectTest, ReadsWhateverStateTheFilesWereLeftIn) {
     fs::rename(mProgram.path("root"), mProgram.path("root?mode=rw#%41"));
     const auto result = mProgram.run("inspect --json --root 'root?mode=rw#%41'");
     EXPECT_EQ(Json::parse(result.out).at("apps").size(), all.size());
+}
+
+// A host that is killed as it begins leaves a log without a frame, and an index that is not filled.
+TEST_F(InspectTest, ReadsAtOnceWhatAHostLeftThatWasKilledAsItBegan) {
+    fresh();
+    const auto all = inspect();
+    const std::string header = mProgram.read(folder() / "KestrelStartsAction.db-wal").substr(0, 32);
+    ASSERT_EQ(header.size(), 32U);
+    for (const std::string& log : {std::string(), header.substr(0, 20), header}) {
+        for (const std::size_t indexSize : {0UL, 32768UL}) {
+            SCOPED_TRACE(std::to_string(log.size()) + ", " + std::to_string(indexSize));
+            const std::string file = folder() / "KestrelStarts.db";
+            std::ofstream(file + "-wal", std::ios::binary) << log;
+            std::ofstream(file + "-shm", std::ios::binary) << std::string(indexSize, '\0');
+            const auto begin = std::chrono::steady_clock::now();
+            EXPECT_EQ(inspect(), all);
+            EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+        }
+    }
+}
+
+TEST_F(InspectTest, AViewThatNeverEndsEndsWithTheUsersPatience) {
+    fresh();
+    DatabaseFile(folder() / "KestrelStarts.db")
+        .run(
+            "DROP TABLE KestrelStarts; CREATE VIEW KestrelStarts AS WITH RECURSIVE n(i) AS"
+            " (VALUES(1) UNION ALL SELECT i+1 FROM n) SELECT 4225 AS intcol1, '' AS appName,"
+            " x'' AS blob, i AS rowid FROM n WHERE i < 0");
+    mProgram.write("script", "env --default-signal=INT " KESTREL_PROGRAM
+                             " inspect --root root &\n"
+                             "until [ \"$(cut -d ' ' -f 14 /proc/$!/stat)\" -gt 100 ]; do :; done\n"
+                             "kill -INT $!\n"
+                             "wait $!\n"
+                             "echo $?\n");
+    const auto result = mProgram.run("--version && sh script");
+    EXPECT_NE(result.err.find("KestrelStarts.db: interrupted\n"), std::string::npos) << result.err;
+    EXPECT_NE(result.out.find("com.a/.Main"), std::string::npos) << result.out;
+    EXPECT_TRUE(result.out.ends_with("\n1\n")) << result.out;
 }
 
 TEST_F(InspectTest, ReadsUnderARunningHost) {

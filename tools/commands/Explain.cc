@@ -27,6 +27,7 @@ int32_t classOf(const std::string& app, const HostSetup& setup) {
 
 void explain(const ExplainOptions& options) {
     const HostSetup setup = setupOf(options.hostFile);
+    catchInterruptions();
     const LearningStore store = readLearningStore(options.root, setup.featureName);
     tellDamage(store);
     StoredApp stored = findApp(store, options.app);

@@ -96,6 +96,7 @@ Json toJson(const LearningStore& store, const std::optional<std::string>& only) 
 
 void inspect(const InspectOptions& options) {
     const HostSetup setup = setupOf(options.hostFile);
+    catchInterruptions();
     const LearningStore store = readLearningStore(options.root, setup.featureName);
     tellDamage(store);
     const StoredApp* app = options.app ? &findApp(store, *options.app) : nullptr;

@@ -1,18 +1,19 @@
 #include "tools/store/LearningStore.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <iterator>
+#include <optional>
 #include <stdexcept>
 #include <system_error>
 
 #include "host/KestrelStartsHints.h"
 #include "host/ShortName.h"
-#include "host/linux/ReadOnlyDatabase.h"
 #include "host/linux/StateStore.h"
 #include "learning/OutputRecord.h"
 #include "tools/base/InputError.h"
-#include "tools/base/TemporaryDirectory.h"
+#include "tools/store/DatabaseSnapshot.h"
 
 namespace kestrel {
 
@@ -20,7 +21,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using Row = ReadOnlyDatabase::Row;
+using Row = DatabaseSnapshot::Row;
+
+constexpr const char* DEVICE_FOLDER = "data/vendor/lm";
 
 // A row's payload, as the store reads one of any size.
 template <class T>
@@ -30,66 +33,17 @@ T payloadOf(const Row& row) {
     return payload;
 }
 
-// Where the databases are. A link that leads nowhere counts as there, to be told as damage.
-fs::path databaseFolder(const fs::path& root, const std::vector<std::string>& names) {
-    std::error_code error;
-    if (!fs::is_directory(root, error)) {
-        throw InputError(root.string() + ": " +
-                         (error ? error : make_error_code(std::errc::not_a_directory)).message());
-    }
-    for (const fs::path& folder : {root / "data/vendor/lm", root}) {
-        const auto isThere = [&](const std::string& name) {
-            return fs::symlink_status(folder / name, error).type() != fs::file_type::not_found;
-        };
-        if (std::ranges::any_of(names, isThere)) {
-            return folder;
-        }
-    }
-    throw InputError(root.string() + ": none of " + names[0] + ", " + names[1] + " and " +
-                     names[2] + " is in it, nor in data/vendor/lm below it");
+// The databases of a feature: the launches, the learned records and the states.
+std::array<std::string, 3> databaseNames(const std::string& featureName) {
+    return {inputDbFile(featureName), KS_OUTPUT_DB_FILE, stateDbFile(featureName)};
 }
 
-// A copy of a database and what lies beside it, which can be recovered.
-fs::path copyInto(const fs::path& folder, const fs::path& file) {
-    const fs::path copy = folder / "copy.db";
-    const std::string original = fs::canonical(file).string();
-    for (const char* suffix : {"", "-wal", "-journal"}) {
+// A link that leads nowhere counts as there, to be told as damage.
+bool holdsAny(const fs::path& folder, const std::string& featureName) {
+    return std::ranges::any_of(databaseNames(featureName), [&](const std::string& name) {
         std::error_code error;
-        if (fs::exists(original + suffix, error)) {
-            fs::copy_file(original + suffix, copy.string() + suffix, error);
-        }
-        if (error && error != std::errc::no_such_file_or_directory) {
-            throw std::runtime_error("cannot copy " + original + suffix + ": " + error.message());
-        }
-    }
-    return copy;
-}
-
-// Calls `read` with the file, or with a copy where reading would change it; then checks all of it.
-void readDatabase(const fs::path& file, const std::function<void(ReadOnlyDatabase&)>& read) {
-    if (!fs::is_regular_file(file) && fs::exists(file)) {
-        throw std::runtime_error("not a regular file");
-    }
-    std::optional<TemporaryDirectory> copies;
-    std::optional<ReadOnlyDatabase> database;
-    DatabaseAccess access = accessOf(file);
-    while (!database) {
-        try {
-            const bool copied = access == DatabaseAccess::copied;
-            database.emplace(copied ? copyInto(copies.emplace().path(), file) : file, access);
-        } catch (const std::runtime_error&) {
-            // Unless a journal has to be rolled back, or a host has begun or ended meanwhile.
-            const DatabaseAccess next = access == DatabaseAccess::locked && hasJournal(file)
-                                            ? DatabaseAccess::copied
-                                            : accessOf(file);
-            if (next == access) {
-                throw;
-            }
-            access = next;
-        }
-    }
-    read(*database);
-    database->check();
+        return fs::symlink_status(folder / name, error).type() != fs::file_type::not_found;
+    });
 }
 
 // Reads the rows of one table that the plug-in would find.
@@ -102,31 +56,17 @@ StoreFile readTable(const fs::path& folder, const std::string& name, const char*
     }
     file.found = true;
     try {
-        readDatabase(folder / name,
-                     [&](ReadOnlyDatabase& database) { database.forEachRow(table, key, onRow); });
+        DatabaseSnapshot database(folder / name);
+        database.forEachRow(table, key, onRow);
+        database.check();
     } catch (const std::runtime_error& damage) {
         file.damage = damage.what();
     }
     return file;
 }
 
-}  // namespace
-
-std::vector<int> durationsOf(const StoredApp& stored) {
-    std::vector<int> durations;
-    std::ranges::transform(stored.launches, std::back_inserter(durations),
-                           &KSInputDbData::launchDuration);
-    return durations;
-}
-
-bool LearningStore::isDamaged() const {
-    return std::ranges::any_of(files, [](const StoreFile& file) { return !file.damage.empty(); });
-}
-
-LearningStore readLearningStore(const fs::path& root, const std::string& featureName) {
-    const std::vector<std::string> names = {inputDbFile(featureName), KS_OUTPUT_DB_FILE,
-                                            stateDbFile(featureName)};
-    const fs::path folder = databaseFolder(root, names);
+LearningStore readFolder(const fs::path& folder, const std::string& featureName) {
+    const auto names = databaseNames(featureName);
     const LMDBDataRowKey launchRows = launchKey(KS_LAUNCH_HINT, "");  // of all apps
     LearningStore store;
     store.files = {
@@ -151,6 +91,40 @@ LearningStore readLearningStore(const fs::path& root, const std::string& feature
         }
     }
     return store;
+}
+
+}  // namespace
+
+std::vector<int> durationsOf(const StoredApp& stored) {
+    std::vector<int> durations;
+    std::ranges::transform(stored.launches, std::back_inserter(durations),
+                           &KSInputDbData::launchDuration);
+    return durations;
+}
+
+bool LearningStore::isDamaged() const {
+    return std::ranges::any_of(files, [](const StoreFile& file) { return !file.damage.empty(); });
+}
+
+LearningStore readLearningStore(const fs::path& root, const std::string& featureName) {
+    std::error_code error;
+    if (!fs::is_directory(root, error)) {
+        throw InputError(root.string() + ": " +
+                         (error ? error : make_error_code(std::errc::not_a_directory)).message());
+    }
+    for (const fs::path& folder : {root / DEVICE_FOLDER, root}) {
+        if (holdsAny(folder, featureName)) {
+            return readFolder(folder, featureName);
+        }
+    }
+    const auto names = databaseNames(featureName);
+    throw InputError(root.string() + ": none of " + names[0] + ", " + names[1] + " and " +
+                     names[2] + " is in it, nor in " + DEVICE_FOLDER + " below it");
+}
+
+LearningStore readLearningStoreIfAny(const fs::path& root, const std::string& featureName) {
+    const fs::path folder = root / DEVICE_FOLDER;
+    return holdsAny(folder, featureName) ? readFolder(folder, featureName) : LearningStore{};
 }
 
 const StoredApp& findApp(const LearningStore& store, const std::string& app) {

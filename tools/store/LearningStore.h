@@ -44,6 +44,11 @@ struct LearningStore {
 // Throws InputError when there is no such folder, or none of the files is in it.
 LearningStore readLearningStore(const std::filesystem::path& root, const std::string& featureName);
 
+// The same of a root that a host plays on, which may be new: what its databases say, and empty,
+// without files, where none of them is there yet. Throws nothing for that.
+LearningStore readLearningStoreIfAny(const std::filesystem::path& root,
+                                     const std::string& featureName);
+
 // The app's entry. Throws InputError when nothing is stored of it.
 const StoredApp& findApp(const LearningStore& store, const std::string& app);
 
