@@ -40,6 +40,8 @@ class LM_API LinuxHost {
     void query(int64_t t, std::size_t line, const std::string& app, int32_t type);
     void feedback(int64_t t, std::size_t line, int32_t hintId, int32_t hintType,
                   const std::string& app);
+    void endInput() {}
+    std::string featureVersion() const { return "1.0"; }
     // Deletes the feature.
     void stop();
 

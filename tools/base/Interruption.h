@@ -10,6 +10,9 @@ namespace kestrel {
 void catchInterruptions();
 
 bool wasInterrupted();
+inline bool readerHasGone() {
+    return false;
+}
 
 // Waits until a read of the file would not block. False: interrupted, now or before.
 bool waitForInput(int file);

@@ -95,6 +95,10 @@ std::string padded(const std::string& text, std::size_t width) {
     return text + std::string(width - std::min(width, widthOf(text)), ' ');
 }
 
+std::string paddedLeft(const std::string& text, std::size_t width) {
+    return std::string(width - std::min(width, widthOf(text)), ' ') + text;
+}
+
 std::string wrapped(const std::string& text, std::size_t width, std::size_t indent) {
     std::string result;
     std::string_view rest = text;

@@ -17,6 +17,9 @@ std::string endWithin(const std::string& text, std::size_t width);
 // A printable text, filled up with blanks to `width`.
 std::string padded(const std::string& text, std::size_t width);
 
+// The same with the blanks in front.
+std::string paddedLeft(const std::string& text, std::size_t width);
+
 // A printable text in lines of at most `width`, broken at blanks where it can be; all but the first
 // begin with `indent` blanks, and the first is not broken before them. REQUIRES: indent < width.
 std::string wrapped(const std::string& text, std::size_t width, std::size_t indent);

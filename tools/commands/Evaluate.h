@@ -16,7 +16,8 @@ struct EvaluateOptions {
 
 // Plays the inputs in one life of the host, on a root that is not kept, up to their end or an
 // interruption, and tells what boosting was worth: on standard output, or as a page.
-// Errors: as replay; a page that cannot be written is a std::runtime_error.
+// Errors: as replay; a page that cannot be written is a std::runtime_error. Without a store nothing
+//         is told: the numbers would be wrong.
 void evaluate(const EvaluateOptions& options);
 void writeReport(const EvaluateOptions& options);
 

@@ -6,9 +6,12 @@
 #include "host/KestrelStartsHints.h"
 #include "host/ShortName.h"
 #include "tools/base/Interruption.h"
+#include "tools/base/StandardOutput.h"
+#include "tools/input/HostSetupFile.h"
+#include "tools/store/Damage.h"
 #include "tools/store/Explanation.h"
 #include "tools/views/ExplanationText.h"
-#include "tools/views/StoreText.h"
+#include "tools/views/StoreJson.h"
 
 namespace kestrel {
 
@@ -26,8 +29,8 @@ int32_t classOf(const std::string& app, const HostSetup& setup) {
 }  // namespace
 
 void explain(const ExplainOptions& options) {
+    catchInterruptions();  // a table can be a view that never ends
     const HostSetup setup = setupOf(options.hostFile);
-    catchInterruptions();
     const LearningStore store = readLearningStore(options.root, setup.featureName);
     tellDamage(store);
     StoredApp stored = findApp(store, options.app);
@@ -40,7 +43,7 @@ void explain(const ExplainOptions& options) {
                                       options.appClass.value_or(classOf(options.app, setup)));
     explanation.isConfigured = isConfigured;
     if (options.json) {
-        printJson(explanationJson(options.app, explanation, store));
+        std::cout << toText(explanationJson(options.app, explanation, store), 2) << '\n';
     } else {
         printExplanation(std::cout, options.app, explanation);
     }

@@ -1,18 +1,14 @@
 #include "tools/commands/Replay.h"
 
-#include <filesystem>
-#include <memory>
 #include <sstream>
 
-#include "host/linux/LinuxHost.h"
 #include "tools/base/Interruption.h"
 #include "tools/base/OutputFile.h"
-#include "tools/base/TemporaryDirectory.h"
-#include "tools/input/Input.h"
-#include "tools/session/HostLife.h"
-#include "tools/views/JsonRecords.h"
-#include "tools/views/LaunchReport.h"
-#include "tools/views/LearnedApps.h"
+#include "tools/input/InputSequence.h"
+#include "tools/launches/LaunchFold.h"
+#include "tools/session/Session.h"
+#include "tools/views/RecordJson.h"
+#include "tools/views/ReplayLines.h"
 #include "tools/views/TraceEventFile.h"
 
 namespace kestrel {
@@ -20,46 +16,15 @@ namespace kestrel {
 namespace {
 
 // The record stream, as JSON Lines.
-class RecordStream : public LifeWatcher {
+class RecordStream : public SessionObserver {
  public:
     explicit RecordStream(std::ostream& out) : mOut(out) {}
 
-    void add(const HostRecord& entry) override { mOut << toJsonLine(entry) << '\n'; }
+    void onRecord(const HostRecord& entry) override { mOut << toJsonLine(entry) << '\n'; }
 
  private:
     std::ostream& mOut;
 };
-
-// What people see.
-class ReportForPeople : public LifeWatcher {
- public:
-    ReportForPeople(std::ostream& out, bool showLog) : mReport(out, showLog) {}
-
-    void add(const HostRecord& entry) override { mReport.add(entry); }
-
-    void endObject(Feature& feature) override {
-        mReport.endEvent(feature.mFeatureState.readState(mReport.launchingApp()));
-    }
-
-    void endInput(Feature& feature) override {
-        mReport.readStates(
-            [&](const std::string& app) { return feature.mFeatureState.readState(app); });
-    }
-
-    void endLife(const std::filesystem::path& root) override {
-        mReport.printTable(readLearnedApps(root));
-    }
-
- private:
-    LaunchReport mReport;
-};
-
-std::unique_ptr<LifeWatcher> makePrinter(const ReplayOptions& options, std::ostream& out) {
-    if (options.json) {
-        return std::make_unique<RecordStream>(out);
-    }
-    return std::make_unique<ReportForPeople>(out, options.showLog);
-}
 
 }  // namespace
 
@@ -71,28 +36,27 @@ void replay(const ReplayOptions& options) {
     if (options.traceOut) {
         trace.emplace(traceFile.emplace(*options.traceOut, options.inputs, options.hostFile).out());
     }
-    std::optional<TemporaryDirectory> temporary;
-    const std::filesystem::path root =
-        options.root ? std::filesystem::path(*options.root) : temporary.emplace().path();
     std::ostringstream text;
-    const std::unique_ptr<LifeWatcher> printer = makePrinter(options, text);
-    std::vector<LifeWatcher*> watchers = {printer.get()};
+    RecordStream records(text);
+    ReplayLines lines(text, options.showLog);
+    std::vector<LaunchObserver*> launchObservers;
     if (trace) {
-        watchers.push_back(&*trace);
+        launchObservers.push_back(&*trace);
     }
-    playLife(inputs, {.root = root, .sync = options.sync}, watchers, text);
+    if (!options.json) {
+        launchObservers.push_back(&lines);
+    }
+    LaunchFold fold(launchObservers);
+    // The lines print what the fold has told them.
+    std::vector<SessionObserver*> observers = {&fold};
+    if (launchObservers.empty()) {
+        observers.clear();
+    }
+    observers.push_back(options.json ? static_cast<SessionObserver*>(&records) : &lines);
+    playSession(inputs, {.root = options.root, .sync = options.sync}, observers, text);
     if (traceFile) {
         traceFile->close();
     }
-}
-
-std::string readFeatureVersion() {
-    const TemporaryDirectory root;
-    LinuxHost host(HostSetup{}, {.root = root.path(), .sync = false}, [](const HostRecord&) {});
-    host.start(0);
-    const std::string version = versionText(host.feature());
-    host.stop();
-    return version;
 }
 
 }  // namespace kestrel

@@ -21,7 +21,4 @@ struct ReplayOptions {
 // for wrong inputs, and std::runtime_error for what fails while running.
 void replay(const ReplayOptions& options);
 
-// "MAJOR.MINOR" of the feature that the plug-in constructs.
-std::string readFeatureVersion();
-
 }  // namespace kestrel

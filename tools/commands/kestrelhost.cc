@@ -16,6 +16,7 @@
 #include "tools/commands/Import.h"
 #include "tools/commands/Inspect.h"
 #include "tools/commands/Replay.h"
+#include "tools/session/Session.h"
 
 namespace kestrel {
 

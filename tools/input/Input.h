@@ -81,6 +81,9 @@ class InputSequence {
     std::optional<TraceObject> next();
 
     bool hasLiveInput() const;
+    bool isAtEnd() const { return mCurrent >= mInputs.size(); }
+    const std::string& currentName() const { return mInputs[mCurrent]->name(); }
+    bool currentIsLive() const { return mInputs[mCurrent]->isLive(); }
     Input::Progress progress() const;
 
  private:

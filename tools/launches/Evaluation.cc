@@ -1,83 +1,25 @@
 #include "tools/launches/Evaluation.h"
 
-#include <algorithm>
 #include <limits>
-#include <utility>
 
 #include "host/linux/Elapsed.h"
-#include "tools/views/LearnedApps.h"
+#include "tools/launches/LaunchFold.h"
 
 namespace kestrel {
 
 namespace {
 
-// How long a launch is boosted under a policy; none: the policy does not count it.
-// REQUIRES: the launch has a first frame.
-std::optional<int32_t> boostUnder(Policy policy, const Evaluation::AppLaunch& launch) {
-    const auto when = [&](bool counts) {
-        return counts ? std::optional(launch.boostMs) : std::nullopt;
-    };
-    switch (policy) {
-        case Policy::fixed2000:
-            return std::min(2000, launch.untilNextMs);
-        case Policy::fixed5000:
-            return std::min(5000, launch.untilNextMs);
-        case Policy::fixed15000:
-            return std::min(15000, launch.untilNextMs);
-        case Policy::kestrel:
-            return launch.boostMs;
-        case Policy::kestrelLearning:
-            return when(launch.phase == LaunchPhase::learning ||
-                        launch.phase == LaunchPhase::relearning);
-        case Policy::kestrelLearned:
-            return when(launch.phase == LaunchPhase::learned);
-        case Policy::ideal:
-            return launch.durationMs;
-    }
-    return std::nullopt;
-}
-
-void addBoosted(Policy policy, const Evaluation::AppLaunch& launch,
+void addBoosted(const Policy& policy, const ComparedLaunch& launch,
                 std::vector<BoostedLaunch>& boosted) {
     if (!launch.durationMs) {
         return;
     }
-    if (const auto boostMs = boostUnder(policy, launch)) {
+    if (const auto boostMs = policy.boostMs(launch)) {
         boosted.push_back({*launch.durationMs, *boostMs});
     }
 }
 
 }  // namespace
-
-void Evaluation::add(const HostRecord& entry) {
-    if (std::holds_alternative<record::Event>(entry.what)) {
-        mFirstT = mFirstT.value_or(entry.t);
-        mLastT = entry.t;
-    }
-    mTimeline.add(entry);
-}
-
-void Evaluation::endObject(Feature& feature) {
-    mTimeline.endObject(feature);
-}
-
-void Evaluation::endInput(Feature& feature) {
-    mTimeline.finish();
-    mFeatureVersion = versionText(feature);
-    // Apps that were never launched, but disabled by the set-up or removed.
-    std::erase_if(mApps, [](const auto& app) { return app.second.launches.empty(); });
-    for (auto& [name, app] : mApps) {
-        app.state = phaseOfState(feature.mFeatureState.readState(name));
-    }
-}
-
-void Evaluation::endLife(const std::filesystem::path& root) {
-    for (const auto& [name, learned] : readLearnedApps(root)) {
-        if (const auto app = mApps.find(name); app != mApps.end()) {
-            app->second.learnedMs = learned.launchDuration;
-        }
-    }
-}
 
 void Evaluation::onLaunch(const Launch& launch) {
     App& app = mApps[launch.app];
@@ -101,6 +43,26 @@ void Evaluation::onMark(const AppMark& mark) {
     mApps[mark.app].marks.push_back(mark);
 }
 
+void Evaluation::onFinish(const LaunchFold& fold) {
+    mFirstT = fold.firstT();
+    mLastT = fold.lastT();
+    mSwitch = fold.featureSwitch();
+    // Apps that were never launched, but disabled by the set-up or removed.
+    std::erase_if(mApps, [](const auto& app) { return app.second.launches.empty(); });
+    for (auto& [name, app] : mApps) {
+        app.state = phaseOfState(fold.stateOf(name));
+    }
+}
+
+void Evaluation::addStored(const LearningStore& stored) {
+    for (const auto& [name, what] : stored.apps) {
+        const auto app = mApps.find(name);
+        if (app != mApps.end() && !what.records.empty()) {
+            app->second.learnedMs = what.records.front().launchDuration;
+        }
+    }
+}
+
 std::size_t Evaluation::measured() const {
     std::size_t measured = 0;
     for (const auto& [name, app] : mApps) {
@@ -109,15 +71,15 @@ std::size_t Evaluation::measured() const {
     return measured;
 }
 
-PolicyNumbers Evaluation::numbers(Policy policy) const {
+PolicyNumbers Evaluation::numbers(const Policy& policy) const {
     std::vector<BoostedLaunch> boosted;
-    for (const AppLaunch& launch : mLaunches) {
+    for (const ComparedLaunch& launch : mLaunches) {
         addBoosted(policy, launch, boosted);
     }
     return numbersOf(boosted);
 }
 
-PolicyNumbers Evaluation::numbers(Policy policy, const App& app) const {
+PolicyNumbers Evaluation::numbers(const Policy& policy, const App& app) const {
     std::vector<BoostedLaunch> boosted;
     for (const std::size_t launch : app.launches) {
         addBoosted(policy, mLaunches[launch], boosted);

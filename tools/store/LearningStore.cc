@@ -127,6 +127,15 @@ LearningStore readLearningStoreIfAny(const fs::path& root, const std::string& fe
     return holdsAny(folder, featureName) ? readFolder(folder, featureName) : LearningStore{};
 }
 
+const KSPerfdOutput* recordOf(const StoredApp& stored) {
+    return stored.records.empty() ? nullptr : &stored.records.front();
+}
+
+const KSPerfdOutput* recordOf(const LearningStore& store, const std::string& app) {
+    const auto found = store.apps.find(app);
+    return found != store.apps.end() ? recordOf(found->second) : nullptr;
+}
+
 const StoredApp& findApp(const LearningStore& store, const std::string& app) {
     const auto found = store.apps.find(app);
     if (found != store.apps.end()) {

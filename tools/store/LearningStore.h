@@ -49,6 +49,10 @@ LearningStore readLearningStore(const std::filesystem::path& root, const std::st
 LearningStore readLearningStoreIfAny(const std::filesystem::path& root,
                                      const std::string& featureName);
 
+// The learned record that counts, of an app; null where there is none. Owned by the store.
+const KSPerfdOutput* recordOf(const StoredApp& stored);
+const KSPerfdOutput* recordOf(const LearningStore& store, const std::string& app);
+
 // The app's entry. Throws InputError when nothing is stored of it.
 const StoredApp& findApp(const LearningStore& store, const std::string& app);
 

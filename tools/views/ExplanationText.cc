@@ -8,9 +8,9 @@
 #include "host/KestrelStartsHints.h"
 #include "learning/LearningRules.h"
 #include "tools/base/TerminalText.h"
-#include "tools/views/ReportText.h"
-#include "tools/views/StoreText.h"
 #include "tools/views/Style.h"
+#include "tools/views/Table.h"
+#include "tools/views/Vocabulary.h"
 
 namespace kestrel {
 
@@ -76,7 +76,7 @@ class Printer {
             text += ", in ms, oldest first:";
         }
         say(text);
-        printDurations(mOut, mX.durations);
+        mOut << durationColumns(mX.durations);
         if (zeros > 0) {
             say("A 0 is a launch of which nothing was measured. It is not averaged. There " +
                 std::string(zeros == 1 ? "is 1." : "are " + std::to_string(zeros) + "."));
@@ -124,20 +124,21 @@ class Printer {
             std::to_string(pass.values.size()) + " is " + ms(pass.seen.meanMs) + ".");
         auto examined = pass.seen.examined.begin();
         for (std::size_t i = 0; i < pass.values.size(); ++i) {
-            mOut << right(ms(pass.values[i]), VALUE_WIDTH);
+            mOut << paddedLeft(ms(pass.values[i]), VALUE_WIDTH);
             if (examined != pass.seen.examined.end() && examined->index == i) {
-                mOut << right(percent(examined->percentage), VALUE_WIDTH)
+                mOut << paddedLeft(percent(examined->percentage), VALUE_WIDTH)
                      << (examined->removed ? "  " + styled("removed", Emphasis::warning) : "");
                 ++examined;
             } else {
-                mOut << right("-", VALUE_WIDTH) << "  behind a removed one, left to the next pass";
+                mOut << paddedLeft("-", VALUE_WIDTH)
+                     << "  behind a removed one, left to the next pass";
             }
             mOut << '\n';
         }
     }
 
     void printStep(const std::string& what, int32_t result) {
-        mOut << "  " << padded(what, 60) << right(ms(result), VALUE_WIDTH) << '\n';
+        mOut << "  " << padded(what, 60) << paddedLeft(ms(result), VALUE_WIDTH) << '\n';
     }
 
     void printClamp(const DurationEvaluation& e) {

@@ -3,16 +3,11 @@
 #include <ostream>
 #include <string>
 
-#include "tools/base/Json.h"
 #include "tools/store/Explanation.h"
 
 namespace kestrel {
 
-// An explanation in words, and as an object for programs.
-
+// An explanation in words, section by section.
 void printExplanation(std::ostream& out, const std::string& app, const Explanation& explanation);
-
-Json explanationJson(const std::string& app, const Explanation& explanation,
-                     const LearningStore& store);
 
 }  // namespace kestrel

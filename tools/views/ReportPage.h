@@ -11,6 +11,8 @@ namespace kestrel {
 //
 // `data` is an object of
 //   title, version   texts: the inputs, and the version of the feature that was replayed
+//   interrupted      null, or input, percent, events: how far a replay came that was not completed
+//   featureOff       null, or a text: why the feature was off
 //   summary          apps, launches, measured, passedOver, learnedApps, disabledApps, firstT, lastT
 //   policies         array of id, name, and a policy's numbers: launches, fullyCovered, boostedMs,
 //                    coverage of p10, p50, mean, and wastedMs of p50, p90, mean. The ids "kestrel"

@@ -41,15 +41,20 @@ std::string styled(const std::string& text, Emphasis emphasis) {
     return WANTED ? codeOf(emphasis) + text + "\033[0m" : text;
 }
 
-std::string styledState(const std::string& text, std::optional<int32_t> state) {
+std::optional<Emphasis> emphasisOfState(std::optional<int32_t> state) {
     switch (state.value_or(APP_STATE_LEARNING)) {
         case APP_STATE_LEARNED:
-            return styled(text, Emphasis::good);
+            return Emphasis::good;
         case APP_STATE_DISABLED:
-            return styled(text, Emphasis::warning);
+            return Emphasis::warning;
         default:
-            return text;
+            return std::nullopt;
     }
+}
+
+std::string styledState(const std::string& text, std::optional<int32_t> state) {
+    const auto emphasis = emphasisOfState(state);
+    return emphasis ? styled(text, *emphasis) : text;
 }
 
 }  // namespace kestrel

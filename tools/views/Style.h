@@ -13,7 +13,10 @@ enum class Emphasis { heading, good, warning };
 
 std::string styled(const std::string& text, Emphasis emphasis);
 
-// That of an app's learning state.
+// That of an app's learning state; none for those that are neither.
+std::optional<Emphasis> emphasisOfState(std::optional<int32_t> state);
+
+// A text about the state, with its emphasis.
 std::string styledState(const std::string& text, std::optional<int32_t> state);
 
 }  // namespace kestrel

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <utility>
 
 #include "host/AppState.h"
 #include "tools/launches/PolicyNumbers.h"
-#include "tools/views/ReportText.h"
+#include "tools/views/Vocabulary.h"
 
 namespace kestrel {
 
@@ -28,20 +29,8 @@ int64_t differenceUs(int64_t fromUs, int64_t toUs) {
                                                              : difference;
 }
 
-const char* endText(BoostEnd end) {
-    switch (end) {
-        case BoostEnd::ranOut:
-            return "ran out";
-        case BoostEnd::released:
-            return "released";
-        case BoostEnd::replaced:
-            break;
-    }
-    return "replaced";
-}
-
 Json argsOf(const Launch& launch) {
-    Json args = {{"phase", phaseText(launch.phase)},
+    Json args = {{"phase", phaseWord(launch.phase)},
                  {"durationMs", orNull(launch.durationMs)},
                  {"defaultMs", orNull(requestedMs(launch.defaultBoost))},
                  {"requestedMs", orNull(requestedMs(launch.launchBoost))},
@@ -56,9 +45,6 @@ Json argsOf(const Launch& launch) {
     }
     return args;
 }
-
-constexpr std::array<const char*, 6> TRACK_NAMES = {
-    "launches", "learning", "default boost", "launch boost", "attach boost", "hardware profile"};
 
 Json metadata(const char* name, int process, int thread, Json args) {
     return {
@@ -78,39 +64,28 @@ TraceEventFile::~TraceEventFile() {
 void TraceEventFile::complete() {
     if (!mComplete) {
         mComplete = true;
-        mTimeline.finish();
         mOut << "\n],\"displayTimeUnit\":\"ms\"}\n";
     }
 }
 
-void TraceEventFile::endInput(Feature& /*feature*/) {
+void TraceEventFile::onFinish(const LaunchFold& /*fold*/) {
     complete();
 }
 
-void TraceEventFile::add(const HostRecord& entry) {
-    if (!mComplete) {
-        mTimeline.add(entry);
-        std::visit([&](const auto& what) { addRecord(entry.t, what); }, entry.what);
-    }
-}
-
-void TraceEventFile::addRecord(int64_t t, const record::State& change) {
+void TraceEventFile::onState(const StateChange& change) {
     writeInstant(change.app, Track::learning,
-                 change.state == APP_STATE_RELEARN ? "relearning" : stateText(change.state), t,
-                 {{"state", change.state}});
+                 change.state == APP_STATE_RELEARN ? markWord(AppMark::Kind::relearning)
+                                                   : stateWord(change.state),
+                 change.t, {{"state", change.state}});
 }
 
-void TraceEventFile::addRecord(int64_t t, const record::Forget& removal) {
-    writeInstant(removal.app, Track::learning, "forgotten", t, Json::object());
+void TraceEventFile::onStatus(const StatusEntry& entry) {
+    writeInstant(entry.app, Track::learning, entry.text, entry.t, {{"value", entry.value}});
 }
 
-void TraceEventFile::addRecord(int64_t t, const record::Export& status) {
-    writeInstant(status.app, Track::learning, status.text, t, {{"value", status.value}});
-}
-
-void TraceEventFile::addRecord(int64_t t, const record::Measured& run) {
-    writeInstant(run.app, Track::learning, run.aborted ? "not measured, cut off" : "measured", t,
-                 {{"durationMs", run.duration}, {"result", run.result}});
+void TraceEventFile::onMeasured(const MeasuredRun& run) {
+    writeInstant(run.app, Track::learning, run.aborted ? "not measured, cut off" : "measured",
+                 run.t, {{"durationMs", run.durationMs}, {"result", run.result}});
 }
 
 void TraceEventFile::onLaunch(const Launch& launch) {
@@ -136,15 +111,17 @@ void TraceEventFile::onBoost(const Boost& boost) {
     constexpr std::array TRACKS = {Track::defaultBoost, Track::launchBoost, Track::attachBoost,
                                    Track::hardwareProfile};
     const Track track = TRACKS[static_cast<std::size_t>(boost.kind)];
-    Json args = {{"requestedMs", boost.requestedMs}, {"end", endText(boost.end)}};
+    Json args = {{"requestedMs", boost.requestedMs}, {"end", boostEndWords(boost.end)}};
     if (boost.kind != BoostKind::hardwareProfile) {
         args["handle"] = boost.handle;
     }
-    writeSlice(boost.app, track, TRACK_NAMES[static_cast<std::size_t>(track)], boost.from, boost.to,
-               std::move(args));
+    writeSlice(boost.app, track, boostWords(boost.kind), boost.from, boost.to, std::move(args));
 }
 
 void TraceEventFile::onMark(const AppMark& mark) {
+    if (mark.kind == AppMark::Kind::removed) {
+        writeInstant(mark.app, Track::learning, markWord(mark.kind), mark.t, Json::object());
+    }
     if (mark.kind == AppMark::Kind::learned || mark.kind == AppMark::Kind::removed) {
         writeLearned(mark.app, mark.t, mark.durationMs.value_or(0));
     }
@@ -172,12 +149,30 @@ TraceEventFile::Process& TraceEventFile::processOf(const std::string& app) {
     return process;
 }
 
+std::string TraceEventFile::nameOf(Track track) {
+    switch (track) {
+        case Track::launches:
+            return "launches";
+        case Track::learning:
+            return "learning";
+        case Track::defaultBoost:
+            return boostWords(BoostKind::defaultBoost);
+        case Track::launchBoost:
+            return boostWords(BoostKind::launchBoost);
+        case Track::attachBoost:
+            return boostWords(BoostKind::attachBoost);
+        case Track::hardwareProfile:
+            break;
+    }
+    return boostWords(BoostKind::hardwareProfile);
+}
+
 TraceEventFile::Lane& TraceEventFile::addLane(Process& process, Track track) {
     std::vector<Lane>& lanes = process.tracks[track];
     const int thread = ++mLastId;
     lanes.push_back({thread, std::numeric_limits<int64_t>::min()});
     const auto index = static_cast<std::size_t>(track);
-    std::string name = TRACK_NAMES[index];
+    std::string name = nameOf(track);
     if (lanes.size() > 1) {
         name += " " + std::to_string(lanes.size());
     }

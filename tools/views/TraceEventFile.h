@@ -9,25 +9,29 @@
 #include <vector>
 
 #include "tools/base/Json.h"
-#include "tools/launches/LaunchTimeline.h"
-#include "tools/session/HostLife.h"
+#include "tools/launches/LaunchObserver.h"
 
 namespace kestrel {
 
-// Writes what happens in a life of the host in the Trace Event Format, which trace viewers open. An
+// Writes what happens in a replay in the Trace Event Format, which trace viewers open. An
 // app is a process; its threads hold its launches, its learning, and each kind of boost. Slices are
-// written when they end, so the file grows as the life goes on.
+// written when they end, so the file grows as the replay goes on.
 // Ownership: borrows the stream.
 // Errors:    those of writing are left in the stream's state.
-class TraceEventFile : public LifeWatcher, private LaunchTimeline::Listener {
+class TraceEventFile : public LaunchObserver {
  public:
     explicit TraceEventFile(std::ostream& out);
-    // Completes the file where the life did not reach its end.
+    // Completes the file where the replay did not reach its end.
     ~TraceEventFile() override;
 
-    void add(const HostRecord& entry) override;
-    void endObject(Feature& feature) override { mTimeline.endObject(feature); }
-    void endInput(Feature& feature) override;
+    void onLaunch(const Launch& launch) override;
+    void onPassedOver(int64_t t, const std::string& app) override;
+    void onBoost(const Boost& boost) override;
+    void onMeasured(const MeasuredRun& run) override;
+    void onMark(const AppMark& mark) override;
+    void onState(const StateChange& change) override;
+    void onStatus(const StatusEntry& entry) override;
+    void onFinish(const LaunchFold& fold) override;
 
  private:
     enum class Track {
@@ -50,18 +54,7 @@ class TraceEventFile : public LifeWatcher, private LaunchTimeline::Listener {
         bool hasCounter = false;  // of the learned duration
     };
 
-    void onLaunch(const Launch& launch) override;
-    void onPassedOver(int64_t t, const std::string& app) override;
-    void onBoost(const Boost& boost) override;
-    void onMark(const AppMark& mark) override;
-
-    void addRecord(int64_t t, const record::State& change);
-    void addRecord(int64_t t, const record::Forget& removal);
-    void addRecord(int64_t t, const record::Export& status);
-    void addRecord(int64_t t, const record::Measured& run);
-    template <class Other>
-    void addRecord(int64_t, const Other&) {}
-
+    static std::string nameOf(Track track);
     Process& processOf(const std::string& app);
     Lane& addLane(Process& process, Track track);
     Lane& freeLane(Process& process, Track track, int64_t from);
@@ -75,7 +68,6 @@ class TraceEventFile : public LifeWatcher, private LaunchTimeline::Listener {
     void complete();
 
     std::ostream& mOut;
-    LaunchTimeline mTimeline{*this};
     std::map<std::string, Process> mProcesses;  // by app
     int mLastId = 0;                            // of a process or a thread
     bool mWroteEvent = false;

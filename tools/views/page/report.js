@@ -79,6 +79,12 @@ function fillSummary() {
   document.title = `Launch boosts: ${report.title}`;
   byId('inputs').textContent = `${report.title}, replayed on KestrelStarts ${report.version}` +
       (launches > 0 ? `, ${timeText(firstT)} to ${timeText(lastT)}` : '');
+  if (report.interrupted) {
+    const {input, percent, events} = report.interrupted;
+    byId('partial').textContent = `Only a part of the inputs: the replay was interrupted at ` +
+        `${percent} % of ${input}, after ${grouped(events)} events.`;
+    byId('partial').hidden = false;
+  }
   const tiles = [['apps', apps], ['learned', learnedApps], ['disabled', disabledApps],
                  ['launches', launches], ['with a first frame', measured],
                  ['passed over', passedOver]];
@@ -92,7 +98,7 @@ function fillSummary() {
 
 function verdict() {
   if (report.summary.launches === 0) {
-    return 'No launches.';
+    return report.featureOff ? `No launches: ${report.featureOff}.` : 'No launches.';
   }
   const policy = (id) => report.policies.find((candidate) => candidate.id === id);
   const [ours, other] = [policy('kestrel'), policy('fixed5000')];

@@ -1,4 +1,4 @@
-#include "tools/views/JsonRecords.h"
+#include "tools/views/RecordJson.h"
 
 #include "tools/base/Json.h"
 

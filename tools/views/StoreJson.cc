@@ -1,12 +1,42 @@
+#include "tools/views/StoreJson.h"
+
 #include <limits>
 
 #include "learning/LearningRules.h"
-#include "tools/views/ExplanationText.h"
-#include "tools/views/StoreText.h"
+#include "tools/views/Vocabulary.h"
 
 namespace kestrel {
 
 namespace {
+
+Json stateNumber(std::optional<AppState> state) {
+    return state ? Json(static_cast<int32_t>(*state)) : Json();
+}
+
+Json filesJson(const LearningStore& store) {
+    Json files = Json::array();
+    for (const StoreFile& file : store.files) {
+        files.push_back({{"file", file.name},
+                         {"found", file.found},
+                         {"damage", file.damage.empty() ? Json() : Json(file.damage)}});
+    }
+    return files;
+}
+
+Json appJson(const std::string& app, const StoredApp& stored) {
+    const KSPerfdOutput* record = recordOf(stored);
+    return {{"app", app},
+            {"state", stateNumber(stored.state)},
+            {"stateText", stateWords(stored.state)},
+            {"records", stored.records.size()},
+            {"learnedMs", record != nullptr ? Json(record->launchDuration) : Json()},
+            {"launchesSince", record != nullptr ? Json(record->launchCount) : Json()},
+            {"launchesToRelearn", KS_LAUNCHES_TO_RELEARN},
+            {"relearning", record != nullptr && record->retriggered == 1},
+            {"launchesStored", stored.launches.size()},
+            {"launchesToDecide", KS_LAUNCHES_TO_DECIDE},
+            {"durationsMs", durationsOf(stored)}};
+}
 
 Json passJson(const DurationEvaluation::Pass& pass) {
     Json examined = Json::array();
@@ -38,27 +68,17 @@ Json evaluationJson(const DurationEvaluation& e) {
             {"resultMs", ifUsable(e.result)}};
 }
 
-const char* nextName(NextStep next) {
-    switch (next) {
-        case NextStep::waits:
-            return "waits";
-        case NextStep::learns:
-            return "learns";
-        case NextStep::disables:
-            return "disables";
-        case NextStep::dropsRecords:
-            return "dropsRecords";
-        case NextStep::counts:
-            return "counts";
-        case NextStep::relearns:
-            return "relearns";
-        case NextStep::passes:
-            return "passes";
-    }
-    return "";
-}
-
 }  // namespace
+
+Json storeJson(const LearningStore& store, const std::optional<std::string>& only) {
+    Json apps = Json::array();
+    for (const auto& [app, stored] : store.apps) {
+        if (!only || app == *only) {
+            apps.push_back(appJson(app, stored));
+        }
+    }
+    return {{"files", filesJson(store)}, {"apps", std::move(apps)}};
+}
 
 Json explanationJson(const std::string& app, const Explanation& x, const LearningStore& store) {
     const auto learned = [](const std::optional<KSPerfdOutput>& record, auto field) {
@@ -68,7 +88,7 @@ Json explanationJson(const std::string& app, const Explanation& x, const Learnin
             {"app", app},
             {"launchType", x.launchType},
             {"class", x.appClass},
-            {"state", x.storedState ? Json(static_cast<int32_t>(*x.storedState)) : Json()},
+            {"state", stateNumber(x.storedState)},
             {"stateText", stateWords(x.storedState)},
             {"records", x.recordCount},
             {"learnedMs", learned(x.record, &KSPerfdOutput::launchDuration)},
@@ -80,7 +100,7 @@ Json explanationJson(const std::string& app, const Explanation& x, const Learnin
             {"launchesToDecide", KS_LAUNCHES_TO_DECIDE},
             {"durationsMs", x.durations},
             {"evaluation", x.evaluation ? evaluationJson(*x.evaluation) : Json()},
-            {"next", nextName(x.next)},
+            {"next", nextStepWord(x.next)},
             {"after",
              {{"state", static_cast<int32_t>(x.stateAfter)},
               {"stateText", stateWords(x.stateAfter)},

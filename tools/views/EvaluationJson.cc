@@ -1,9 +1,9 @@
-#include "tools/views/EvaluationData.h"
+#include "tools/views/EvaluationJson.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "tools/base/Json.h"
+#include "tools/views/Vocabulary.h"
 
 namespace kestrel {
 
@@ -36,21 +36,13 @@ Json toJson(const PolicyNumbers& numbers) {
 
 // An app that learns anew is learning.
 const char* currentPhase(LaunchPhase phase) {
-    return phaseText(phase == LaunchPhase::relearning ? LaunchPhase::learning : phase);
+    return phaseWord(phase == LaunchPhase::relearning ? LaunchPhase::learning : phase);
 }
 
-const char* markText(AppMark::Kind kind) {
-    switch (kind) {
-        case AppMark::Kind::learned:
-            return "learned";
-        case AppMark::Kind::relearning:
-            return "relearning";
-        case AppMark::Kind::disabled:
-            return "disabled";
-        case AppMark::Kind::removed:
-            break;
-    }
-    return "removed";
+Json toJson(const Interrupted& interrupted) {
+    return {{"input", interrupted.input},
+            {"percent", interrupted.percent},
+            {"events", interrupted.delivered}};
 }
 
 std::size_t countApps(const Evaluation& evaluation, LaunchPhase state) {
@@ -72,15 +64,15 @@ Json summaryOf(const Evaluation& evaluation) {
 
 Json policiesOf(const Evaluation& evaluation) {
     Json policies = Json::array();
-    for (const PolicyName& policy : POLICIES) {
+    for (const Policy& policy : POLICIES) {
         Json entry = {{"id", policy.id}, {"name", policy.name}};
-        entry.update(toJson(evaluation.numbers(policy.policy)));
+        entry.update(toJson(evaluation.numbers(policy)));
         policies.push_back(std::move(entry));
     }
     return policies;
 }
 
-Json toJson(const Evaluation::AppLaunch& launch) {
+Json toJson(const ComparedLaunch& launch) {
     return {{"t", launch.t},
             {"durationMs", orNull(launch.durationMs)},
             {"boostMs", launch.boostMs},
@@ -90,7 +82,7 @@ Json toJson(const Evaluation::AppLaunch& launch) {
 }
 
 Json toJson(const AppMark& mark) {
-    Json entry = {{"t", mark.t}, {"kind", markText(mark.kind)}};
+    Json entry = {{"t", mark.t}, {"kind", markWord(mark.kind)}};
     if (mark.durationMs) {
         entry["durationMs"] = *mark.durationMs;
     }
@@ -103,8 +95,8 @@ Json toJson(const Evaluation& evaluation, const std::string& name, const Evaluat
             {"learnedMs", orNull(app.learnedMs)},
             {"launches", app.launches.size()},
             {"measured", app.measured},
-            {"kestrel", toJson(evaluation.numbers(Policy::kestrel, app))},
-            {"fixed5000", toJson(evaluation.numbers(Policy::fixed5000, app))}};
+            {KESTREL.id, toJson(evaluation.numbers(KESTREL, app))},
+            {RIVAL.id, toJson(evaluation.numbers(RIVAL, app))}};
 }
 
 void addLaunches(const Evaluation& evaluation, const Evaluation::App& app, Json& entry) {
@@ -120,7 +112,7 @@ void addLaunches(const Evaluation& evaluation, const Evaluation::App& app, Json&
 
 }  // namespace
 
-Json toJson(const Evaluation& evaluation, const std::vector<std::string>& inputs,
+Json toJson(const Evaluation& evaluation, const EvaluationSubject& subject,
             EvaluationDetail detail) {
     Json apps = Json::array();
     for (const auto& [name, app] : evaluation.apps()) {
@@ -130,8 +122,11 @@ Json toJson(const Evaluation& evaluation, const std::vector<std::string>& inputs
         }
         apps.push_back(std::move(entry));
     }
-    return {{"title", titleOf(inputs)},
-            {"version", evaluation.featureVersion()},
+    const FeatureSwitch& feature = evaluation.featureSwitch();
+    return {{"title", titleOf(subject.inputs)},
+            {"version", subject.featureVersion},
+            {"interrupted", subject.interrupted ? toJson(*subject.interrupted) : Json()},
+            {"featureOff", feature.isOff() ? Json(switchWords(feature.state())) : Json()},
             {"summary", summaryOf(evaluation)},
             {"policies", policiesOf(evaluation)},
             {"apps", std::move(apps)}};

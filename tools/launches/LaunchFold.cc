@@ -1,13 +1,14 @@
-#include "tools/launches/LaunchTimeline.h"
+#include "tools/launches/LaunchFold.h"
 
 #include <algorithm>
 #include <limits>
 #include <string_view>
 
+#include "action/KestrelStartsFeatureHw.h"
 #include "host/AppState.h"
 #include "host/KestrelStartsHints.h"
-#include "host/ShortName.h"
 #include "host/linux/Elapsed.h"
+#include "host/linux/StateStore.h"
 #include "tools/base/TextScanner.h"
 
 namespace kestrel {
@@ -17,8 +18,7 @@ namespace {
 // Stands for the hardware profile where boosts have their handle; no handle is like it.
 constexpr int HARDWARE_PROFILE = std::numeric_limits<int>::min();
 
-// The commands of the hardware profile's controller, and the status texts that end a learning.
-constexpr int PLH_COMMAND_START = 0;
+// The status texts that end a learning.
 constexpr std::string_view FIRST_DECISION = "Data Complete - Eval Required";
 constexpr std::string_view LATER_DECISION = "Learning Complete - ENABLED KS";
 
@@ -28,81 +28,87 @@ int64_t afterMs(int64_t t, int32_t durationMs) {
     return __builtin_add_overflow(t, std::max(durationMs, 0), &sum) ? last : sum;
 }
 
-int32_t heldMs(const std::optional<LaunchBoost>& boost) {
-    return boost ? boost->heldMs : 0;
-}
-
 }  // namespace
 
-LaunchPhase phaseOfState(int32_t state) {
-    if (state == APP_STATE_LEARNED) {
-        return LaunchPhase::learned;
+void LaunchFold::onStart(const LearningStore& stored) {
+    for (const auto& [app, what] : stored.apps) {
+        // The host takes unfinished steps back to learning when it starts.
+        if (what.state && !isUnfinished(*what.state)) {
+            mStates[app] = *what.state;
+        }
     }
-    // The feature handles states that it does not know as it handles disabled apps.
-    const bool isLearning = state >= APP_STATE_LEARNING && state <= APP_STATE_RELEARN;
-    return isLearning ? LaunchPhase::learning : LaunchPhase::disabled;
 }
 
-const char* phaseText(LaunchPhase phase) {
-    switch (phase) {
-        case LaunchPhase::learning:
-            return "learning";
-        case LaunchPhase::relearning:
-            return "relearning";
-        case LaunchPhase::learned:
-            return "learned";
-        case LaunchPhase::disabled:
-            break;
-    }
-    return "disabled";
+int32_t LaunchFold::stateOf(const std::string& app) const {
+    const auto found = mStates.find(app);
+    return found != mStates.end() ? found->second : static_cast<int32_t>(APP_STATE_LEARNING);
 }
 
-int32_t Launch::boostMs() const {
-    return std::max(heldMs(defaultBoost), heldMs(launchBoost));
-}
-
-void LaunchTimeline::add(const HostRecord& entry) {
+void LaunchFold::onRecord(const HostRecord& entry) {
     if (mFinished) {
         return;
     }
     mT = entry.t;
     runOutUntil(mT);
-    std::visit([this](const auto& what) { addRecord(what); }, entry.what);
+    std::visit([this](const auto& what) { add(what); }, entry.what);
 }
 
-void LaunchTimeline::addRecord(const record::Event& event) {
+void LaunchFold::add(const record::Event& event) {
+    mFirstT = mFirstT.value_or(mT);
+    mLastT = mT;
     mApp = event.appName;
-    mInLaunch = event.hintId == KS_LAUNCH_HINT && event.hintType == KS_HINT_TYPE_LAUNCH;
+    mInLaunch = LaunchRun::begins(event.hintId, event.hintType);
     if (mInLaunch) {
-        mLaunches.push_back({.launch = {.t = mT, .app = event.appName}});
+        mLaunches.push_back(
+            {.launch = {.t = mT, .app = event.appName}, .run = {event.appName, mT}});
     }
 }
 
-void LaunchTimeline::addRecord(const record::Meter& event) {
+void LaunchFold::add(const record::Meter& event) {
+    followMeter(event);
+    if (mLaunches.empty()) {
+        return;
+    }
+    OpenLaunch& open = mLaunches.back();
     if (mInLaunch) {
-        mLaunches.back().actedOn = true;
-        return;
-    }
-    if (mLaunches.empty() || mLaunches.back().launch.overT) {
-        return;
-    }
-    Launch& launch = mLaunches.back().launch;
-    if (event.hintId == KS_HINT_LAUNCH_END) {
-        launch.overT = mT;
-    } else if (event.hintId == KS_HINT_METER_EVENT && !launch.durationMs &&
-               shortName(launch.app) == shortName(event.appName)) {
-        launch.durationMs = elapsedMs(launch.t, mT);
+        open.actedOn = true;
+    } else if (open.run.take(event.hintId, event.appName, mT)) {
+        open.launch.durationMs = open.run.durationMs();
+        open.launch.overT = open.run.endT();
     }
 }
 
-void LaunchTimeline::addRecord(const record::Hint& request) {
+// The host's runs, which launches of learned apps do not begin and so do not end either.
+void LaunchFold::followMeter(const record::Meter& event) {
+    if (LaunchRun::begins(event.hintId, event.hintType)) {
+        mMeterRuns.emplace_back(event.appName, mT);
+    } else if (!mMeterRuns.empty()) {
+        mMeterRuns.back().take(event.hintId, event.appName, mT);
+    }
+}
+
+void LaunchFold::add(const record::Measured& run) {
+    MeasuredRun measured{.t = mT,
+                         .app = run.app,
+                         .frameT = std::nullopt,
+                         .durationMs = run.duration,
+                         .aborted = run.aborted,
+                         .result = run.result};
+    if (!mMeterRuns.empty()) {
+        measured.frameT = mMeterRuns.front().frameT();
+        mMeterRuns.pop_front();
+    }
+    tell([&](LaunchObserver& observer) { observer.onMeasured(measured); });
+}
+
+void LaunchFold::add(const record::Hint& request) {
     if (mInLaunch) {
         mLaunches.back().launch.isGame = request.hintType == KS_HINT_TYPE_GAME_BOOST;
     }
     hold(BoostKind::launchBoost, request.handle, request.duration);
 }
 
-void LaunchTimeline::addRecord(const record::HintAcqRel& request) {
+void LaunchFold::add(const record::HintAcqRel& request) {
     const bool isDefault = request.hintType == KS_HINT_TYPE_DEFAULT_BOOST;
     if (request.handle > 0) {
         end(request.old, BoostEnd::replaced);
@@ -111,14 +117,14 @@ void LaunchTimeline::addRecord(const record::HintAcqRel& request) {
          request.duration);
 }
 
-void LaunchTimeline::addRecord(const record::Release& release) {
+void LaunchFold::add(const record::Release& release) {
     if (release.result == 0) {
         end(release.handle, BoostEnd::released);
     }
 }
 
-void LaunchTimeline::addRecord(const record::PlhCommand& command) {
-    if (command.command == PLH_COMMAND_START) {
+void LaunchFold::add(const record::PlhCommand& command) {
+    if (command.command == PLH_CMD_START) {
         end(HARDWARE_PROFILE, BoostEnd::replaced);
         hold(BoostKind::hardwareProfile, HARDWARE_PROFILE,
              wholeNumber<int32_t>(command.text).value_or(0));
@@ -127,30 +133,43 @@ void LaunchTimeline::addRecord(const record::PlhCommand& command) {
     }
 }
 
-void LaunchTimeline::addRecord(const record::State& change) {
+void LaunchFold::add(const record::State& change) {
+    if (!change.app.empty()) {  // that of an app without a name cannot be stored
+        mStates[change.app] = change.state;
+    }
+    tell([&](LaunchObserver& observer) { observer.onState({mT, change.app, change.state}); });
     if (change.state == APP_STATE_RELEARN) {
         mRelearning.insert(change.app);
-        mListener.onMark({mT, change.app, AppMark::Kind::relearning, {}});
+        mark(change.app, AppMark::Kind::relearning);
     } else if (change.state == APP_STATE_LEARNED) {
         mRelearning.erase(change.app);
     } else if (change.state == APP_STATE_DISABLED) {
         mRelearning.erase(change.app);
-        mListener.onMark({mT, change.app, AppMark::Kind::disabled, {}});
+        mark(change.app, AppMark::Kind::disabled);
     }
 }
 
-void LaunchTimeline::addRecord(const record::Forget& removal) {
+void LaunchFold::add(const record::Forget& removal) {
+    mStates.erase(removal.app);
     mRelearning.erase(removal.app);
-    mListener.onMark({mT, removal.app, AppMark::Kind::removed, {}});
+    mark(removal.app, AppMark::Kind::removed);
 }
 
-void LaunchTimeline::addRecord(const record::Export& status) {
+void LaunchFold::add(const record::Export& status) {
+    tell([&](LaunchObserver& observer) {
+        observer.onStatus({mT, status.app, status.text, status.value});
+    });
     if (status.text == FIRST_DECISION || status.text == LATER_DECISION) {
-        mListener.onMark({mT, status.app, AppMark::Kind::learned, status.value});
+        mark(status.app, AppMark::Kind::learned, status.value);
     }
 }
 
-void LaunchTimeline::endObject(Feature& feature) {
+void LaunchFold::mark(const std::string& app, AppMark::Kind kind,
+                      std::optional<int32_t> durationMs) {
+    tell([&](LaunchObserver& observer) { observer.onMark({mT, app, kind, durationMs}); });
+}
+
+void LaunchFold::onObjectEnd() {
     if (!std::exchange(mInLaunch, false)) {
         return;
     }
@@ -158,22 +177,26 @@ void LaunchTimeline::endObject(Feature& feature) {
     if (!open.actedOn) {
         const Launch passedOver = std::move(open.launch);
         mLaunches.pop_back();
-        mListener.onPassedOver(passedOver.t, passedOver.app);
+        tell(
+            [&](LaunchObserver& observer) { observer.onPassedOver(passedOver.t, passedOver.app); });
         return;
     }
-    open.launch.phase = phaseOfState(feature.mFeatureState.readState(open.launch.app));
-    if (open.launch.phase == LaunchPhase::learning && mRelearning.contains(open.launch.app)) {
-        open.launch.phase = LaunchPhase::relearning;
+    Launch& launch = open.launch;
+    launch.stateAfter = stateOf(launch.app);
+    launch.phase = phaseOfState(launch.stateAfter);
+    if (launch.phase == LaunchPhase::learning && mRelearning.contains(launch.app)) {
+        launch.phase = LaunchPhase::relearning;
     }
     if (mLaunches.size() > 1) {
         Launch& before = std::prev(mLaunches.end(), 2)->launch;
-        before.nextT = open.launch.t;
-        before.overT = before.overT.value_or(open.launch.t);
+        before.nextT = launch.t;
+        before.overT = before.overT.value_or(launch.t);
     }
+    tell([&](LaunchObserver& observer) { observer.onLaunchHandled(launch); });
     passOn();
 }
 
-void LaunchTimeline::hold(BoostKind kind, int handle, int32_t durationMs) {
+void LaunchFold::hold(BoostKind kind, int handle, int32_t durationMs) {
     const bool ofLaunch =
         mInLaunch && (kind == BoostKind::defaultBoost || kind == BoostKind::launchBoost);
     if (ofLaunch) {
@@ -195,7 +218,7 @@ void LaunchTimeline::hold(BoostKind kind, int handle, int32_t durationMs) {
     mEnds.emplace(to, handle);
 }
 
-void LaunchTimeline::end(int handle, BoostEnd how) {
+void LaunchFold::end(int handle, BoostEnd how) {
     const auto found = mHeld.find(handle);
     if (found == mHeld.end()) {
         return;  // it has run out before
@@ -214,26 +237,26 @@ void LaunchTimeline::end(int handle, BoostEnd how) {
                                                                  : open.launch.launchBoost;
         boost->heldMs = elapsedMs(held.boost.from, held.boost.to);
     }
-    mListener.onBoost(held.boost);
+    tell([&](LaunchObserver& observer) { observer.onBoost(held.boost); });
     passOn();
 }
 
-void LaunchTimeline::runOutUntil(int64_t t) {
+void LaunchFold::runOutUntil(int64_t t) {
     while (!mEnds.empty() && mEnds.begin()->first <= t) {
         end(mEnds.begin()->second, BoostEnd::ranOut);
     }
 }
 
-void LaunchTimeline::passOn() {
+void LaunchFold::passOn() {
     while (!mLaunches.empty() && mLaunches.front().boosts == 0 &&
            (mLaunches.front().launch.nextT || mFinished)) {
-        mListener.onLaunch(mLaunches.front().launch);
+        tell([&](LaunchObserver& observer) { observer.onLaunch(mLaunches.front().launch); });
         mLaunches.pop_front();
         ++mPassedOn;
     }
 }
 
-void LaunchTimeline::finish() {
+void LaunchFold::onInputEnd() {
     if (!mLaunches.empty()) {
         Launch& last = mLaunches.back().launch;
         last.overT = last.overT.value_or(mT);
@@ -241,6 +264,7 @@ void LaunchTimeline::finish() {
     mFinished = true;
     runOutUntil(std::numeric_limits<int64_t>::max());
     passOn();
+    tell([&](LaunchObserver& observer) { observer.onFinish(*this); });
 }
 
 }  // namespace kestrel

@@ -1,0 +1,18 @@
+#include "tools/base/OutputFile.h"
+#include "tools/commands/EvaluationRun.h"
+#include "tools/views/ReportPage.h"
+
+namespace kestrel {
+
+void writeReport(const EvaluateOptions& options) {
+    InputSequence inputs(options.inputs, options.hostFile, InputKinds::tracesAndLogs);
+    OutputFile page(options.out, options.inputs, options.hostFile);
+    std::ostringstream text;
+    playEvaluation(
+        options, inputs, text, [&](const Evaluation& evaluation, const EvaluationSubject& subject) {
+            writeReportPage(page.out(), toJson(evaluation, subject, EvaluationDetail::launches));
+            page.close();
+        });
+}
+
+}  // namespace kestrel

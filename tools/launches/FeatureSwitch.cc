@@ -1,0 +1,38 @@
+#include "tools/launches/FeatureSwitch.h"
+
+namespace kestrel {
+
+void FeatureSwitch::add(const record::Knob& knob) {
+    mAskedKnobs = true;
+    mKnobOn = mKnobOn || knob.enabled;
+}
+
+void FeatureSwitch::add(const record::Property& property) {
+    mAskedProperties = true;
+    const bool isTrue = property.value == "true";
+    if (property.name == "ro.vendor.perf.kap") {
+        mApps = isTrue;
+    } else if (property.name == "ro.vendor.perf.kgm") {
+        mGames = isTrue;
+    }
+}
+
+FeatureSwitch::State FeatureSwitch::state() const {
+    if (!mKnobOn) {
+        return mAskedKnobs ? State::knobsOff : State::noKnobLibrary;
+    }
+    if (!mAskedProperties) {
+        return State::noProperties;
+    }
+    if (mApps) {
+        return mGames ? State::on : State::gamesOff;
+    }
+    return mGames ? State::appsOff : State::bothOff;
+}
+
+bool FeatureSwitch::isOff() const {
+    const State now = state();
+    return now != State::on && now != State::appsOff && now != State::gamesOff;
+}
+
+}  // namespace kestrel

@@ -1,0 +1,134 @@
+#include "tools/views/Vocabulary.h"
+
+#include "host/AppState.h"
+
+namespace kestrel {
+
+std::string stateWord(int32_t state) {
+    switch (state) {
+        case APP_STATE_LEARNING:
+            return "learning";
+        case APP_STATE_LEARNED:
+            return "learned";
+        case APP_STATE_DISABLED:
+            return "disabled";
+        default:
+            return "state " + std::to_string(state);
+    }
+}
+
+std::string stateWords(std::optional<int32_t> state) {
+    if (!state) {
+        return "unknown";
+    }
+    switch (*state) {
+        case APP_STATE_EVALUATING:
+            return "evaluating (1)";
+        case APP_STATE_EVALUATED:
+            return "evaluated (2)";
+        case APP_STATE_DECIDING:
+            return "deciding (3)";
+        case APP_STATE_RELEARN:
+            return "going back to learning (5)";
+        default:
+            return stateWord(*state);
+    }
+}
+
+const char* phaseWord(LaunchPhase phase) {
+    switch (phase) {
+        case LaunchPhase::learning:
+            return "learning";
+        case LaunchPhase::relearning:
+            return "relearning";
+        case LaunchPhase::learned:
+            return "learned";
+        case LaunchPhase::disabled:
+            break;
+    }
+    return "disabled";
+}
+
+const char* markWord(AppMark::Kind kind) {
+    switch (kind) {
+        case AppMark::Kind::learned:
+            return "learned";
+        case AppMark::Kind::relearning:
+            return "relearning";
+        case AppMark::Kind::disabled:
+            return "disabled";
+        case AppMark::Kind::removed:
+            break;
+    }
+    return "removed";
+}
+
+const char* boostWords(BoostKind kind) {
+    switch (kind) {
+        case BoostKind::defaultBoost:
+            return "default boost";
+        case BoostKind::launchBoost:
+            return "launch boost";
+        case BoostKind::attachBoost:
+            return "attach boost";
+        case BoostKind::hardwareProfile:
+            break;
+    }
+    return "hardware profile";
+}
+
+const char* boostEndWords(BoostEnd end) {
+    switch (end) {
+        case BoostEnd::ranOut:
+            return "ran out";
+        case BoostEnd::released:
+            return "released";
+        case BoostEnd::replaced:
+            break;
+    }
+    return "replaced";
+}
+
+const char* nextStepWord(NextStep next) {
+    switch (next) {
+        case NextStep::waits:
+            return "waits";
+        case NextStep::learns:
+            return "learns";
+        case NextStep::disables:
+            return "disables";
+        case NextStep::dropsRecords:
+            return "dropsRecords";
+        case NextStep::counts:
+            return "counts";
+        case NextStep::relearns:
+            return "relearns";
+        case NextStep::passes:
+            break;
+    }
+    return "passes";
+}
+
+std::string switchWords(FeatureSwitch::State state) {
+    using State = FeatureSwitch::State;
+    switch (state) {
+        case State::on:
+            return {};
+        case State::noKnobLibrary:
+            return "the feature was off, since the platform has no knob library";
+        case State::knobsOff:
+            return "the feature was off, since the knob library reports neither feature 10 nor 11";
+        case State::noProperties:
+            return "the feature was off, since the performance service offers no properties";
+        case State::appsOff:
+            return "the feature was off for apps, since ro.vendor.perf.kap is not \"true\"";
+        case State::gamesOff:
+            return "the feature was off for games, since ro.vendor.perf.kgm is not \"true\"";
+        case State::bothOff:
+            break;
+    }
+    return "the feature was off, since neither ro.vendor.perf.kap nor ro.vendor.perf.kgm is "
+           "\"true\"";
+}
+
+}  // namespace kestrel

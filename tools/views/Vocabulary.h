@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "tools/launches/FeatureSwitch.h"
+#include "tools/launches/Launch.h"
+#include "tools/store/Explanation.h"
+
+namespace kestrel {
+
+// The words for what the program shows, for people and in JSON: each stands here and nowhere else.
+
+// A learning state in a word, or "state N"; for columns.
+std::string stateWord(int32_t state);
+
+// A learning state in words and, unless it is common, its number; "unknown" for none.
+std::string stateWords(std::optional<int32_t> state);
+
+const char* phaseWord(LaunchPhase phase);
+const char* markWord(AppMark::Kind kind);
+const char* boostWords(BoostKind kind);
+const char* boostEndWords(BoostEnd end);
+const char* nextStepWord(NextStep next);
+
+// Why the feature is off, for all launches or for some; empty while it is on.
+std::string switchWords(FeatureSwitch::State state);
+
+}  // namespace kestrel
