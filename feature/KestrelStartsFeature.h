@@ -38,7 +38,7 @@ class KestrelStartsFeature : public Feature {
 
     using Feature::getData;
 
-    // The dispatcher of events. Lets no exception out but those of obtaining the action singleton.
+    // The dispatcher of events. Lets no exception out.
     void runAsync(AsyncTriggerPayload payload) override;
     void runAsyncIdle(std::atomic<bool> const& stop) override;
 
