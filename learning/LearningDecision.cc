@@ -106,8 +106,9 @@ void KestrelStartsFeature::disableFeature(std::vector<LMDBDataRow<KSInputDbData>
 }
 
 int KestrelStartsFeature::isHeavyGame(std::string app) {
+    // Its size here is not one to rely on: a device's header must have the host's whole record, all
+    // of which the classifier may fill.
     featureData data;
-    data.value = 0;
     const auto ask = [&] {
         std::string classifier = "AppClassifier";
         if (mFeatureLocator != nullptr) {
