@@ -111,6 +111,17 @@ TEST_F(StoreTest, RowsThatCannotBeWrittenYetStayCached) {
     EXPECT_EQ(durations(*open()), std::vector<int>{1});
 }
 
+TEST_F(StoreTest, AnErrorIsToldInFull) {
+    const std::string table(5000, 't');
+    InputDb db(0, "", table);
+    ASSERT_EQ(db.openLMdb(), LMDB_SUCCESS);
+    exec(db, "DROP TABLE " + table);
+    LMDBDataRowKey all;
+    EXPECT_EQ(db.getCountDR<KSInputDbData>(all), 0);
+    EXPECT_EQ(mHost.takeLog(),
+              Lines{"getCountDR() 390: sql:ERROR:Dbt=" + table + " info=no such table: " + table});
+}
+
 TEST_F(StoreTest, DeleteRemovesStoredRowsAndOnlyFreesOthers) {
     auto db = open();
     write(*db, {newRow(*db, "a", 1), newRow(*db, "b", 2), newRow(*db, "a", 3)});
