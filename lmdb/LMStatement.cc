@@ -87,9 +87,10 @@ int Statement::finalize() {
 }
 
 int32_t Statement::columnInt(int column, int32_t ifNull) {
-    const int32_t value = sqlite3_column_int(mStatement, column);
-    // NULL reads as 0. Each question to SQLite takes its lock, so only a 0 is looked into.
-    return value == 0 && sqlite3_column_type(mStatement, column) == SQLITE_NULL ? ifNull : value;
+    // The type first: a conversion leaves it undefined.
+    return sqlite3_column_type(mStatement, column) == SQLITE_NULL
+               ? ifNull
+               : sqlite3_column_int(mStatement, column);
 }
 
 int64_t Statement::columnInt64(int column) {
