@@ -62,16 +62,16 @@ void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPaylo
 
     LMDatabase<KSPerfdOutput>& outputDb = *action->mOutputDb;
     LMDBRows<KSPerfdOutput> output(outputDb, readOrMakeOutputRow(outputDb, key));
-    if (!isSingleOutputRow(outputDb, output.rows, FUNCTION, 434)) {
+    LMDBDataRow<KSPerfdOutput>* row = onlyRowOrDeleteAll(outputDb, output.rows, FUNCTION, 434);
+    if (row == nullptr) {
         return;
     }
-    LMDBDataRow<KSPerfdOutput>& row = *output.rows.front();
     switch (decisionStep(mFeatureState.readState(app))) {
         case DecisionStep::begin:
-            setDecision(row.blob, average);
-            row.blob.boostType = decidedBoostType(payload.launchType);
-            row.appName = app;
-            row.intcol1 = payload.hintId;
+            setDecision(row->blob, average);
+            row->blob.boostType = decidedBoostType(payload.launchType);
+            row->appName = app;
+            row->intcol1 = payload.hintId;
             outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
             KSFeaturesList::exportToFile("Data Complete - Eval Required", average, app.c_str());
             for (const AppState state : {APP_STATE_EVALUATING, APP_STATE_EVALUATED,
@@ -81,7 +81,7 @@ void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPaylo
             mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(launches.rows);
             return;
         case DecisionStep::update:
-            setDecision(row.blob, average);
+            setDecision(row->blob, average);
             outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
             mFeatureState.writeState(app, APP_STATE_DECIDING);
             mFeatureState.writeState(app, APP_STATE_LEARNED);
