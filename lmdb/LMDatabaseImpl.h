@@ -240,23 +240,20 @@ typename LMDBDataTable<T>::vecT LMDatabase<Ts...>::readAllocateDR(LMDBDataRowKey
                 lmstore::expectCode(statement.reset(), 0, FUNCTION, 495, table);
                 break;
             }
-            // The place first, and the row in it only when it is complete: half a row must not
-            // reach a caller, who may write it back.
-            rows.push_back(nullptr);
             std::unique_ptr<LMDBDataRow<T>> row(LMDBDataTable<T>::newRow(0));
             if (row == nullptr) {
                 break;
             }
+            // Appended when it is complete: half a row must not reach a caller, who may write it
+            // back.
             lmstore::readRow(statement, *row);
-            rows.back() = row.release();
+            rows.push_back(row.get());
+            static_cast<void>(row.release());
         }
         lmstore::expectCode(statement.finalize(), 0, FUNCTION, 500, table);
     };
     guarded(read,
             lmstore::OperationExceptionLog{FUNCTION, 503, 505, lmstore::UNKNOWN_STRING_EXCEPTION});
-    if (!rows.empty() && rows.back() == nullptr) {
-        rows.pop_back();
-    }
     return rows;
 }
 
