@@ -349,6 +349,7 @@ int LMDatabase<Ts...>::deleteDeallocateDR(typename LMDBDataTable<T>::vecT& rows)
             if (row == nullptr || row->rowid == 0) {
                 continue;
             }
+            statement.clearBindings();  // a rowid that is refused must not name the row before
             lmstore::expectCode(statement.bindRowid(1, row->rowid), 0, FUNCTION, 565, table);
             lmstore::expectCode(statement.step(), lmstore::Statement::DONE, FUNCTION, 566, table);
             lmstore::expectCode(statement.reset(), 0, FUNCTION, 567, table);

@@ -54,10 +54,8 @@ int Statement::bindInt(int parameter, int32_t value) {
 }
 
 int Statement::bindRowid(int parameter, int64_t rowid) {
-    // Rows are named by 32 bits. Cut to them, a larger identity would name another row; unbound,
-    // it names none.
+    // Rows are named by 32 bits. Cut to them, a larger identity would name another row.
     if (!std::in_range<int32_t>(rowid)) {
-        sqlite3_bind_null(mStatement, parameter);
         return SQLITE_RANGE;
     }
     return sqlite3_bind_int(mStatement, parameter, static_cast<int32_t>(rowid));

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "tests/support/DatabaseFile.h"
 #include "tests/support/StoreFixture.h"
 
 namespace {
@@ -182,16 +183,16 @@ TEST_F(StoreTest, ARowBeyondThirtyTwoBitsIsLeftAloneAndSoAreOthers) {
     ASSERT_EQ(rows.size(), 1U);
     rows.front()->blob.launchDuration = 3;
     write(*db, rows);
+    // A row that comes back when it is deleted is deleted once, and not for the one behind it.
+    exec(*db,
+         "CREATE TABLE deleted(id); CREATE TRIGGER comes_back AFTER DELETE ON launches BEGIN "
+         "INSERT INTO deleted VALUES (OLD.rowid); "
+         "INSERT INTO launches(rowid, appName, blob) VALUES (OLD.rowid, OLD.appName, OLD.blob); "
+         "END");
     rows = read(*db);
-    std::erase_if(rows, [&](auto* row) {
-        const bool isFirst = row->rowid == 1;
-        if (isFirst) {
-            delete row;
-        }
-        return isFirst;
-    });
     EXPECT_EQ(db->deleteDeallocateDR<KSInputDbData>(rows), 0);
     EXPECT_EQ(durations(*db), (std::vector<int>{1, 2}));
+    EXPECT_EQ(DatabaseFile("/data/vendor/lm/test.db").run("SELECT id FROM deleted"), Lines{"1"});
     EXPECT_EQ(mHost.takeLog(), (Lines{"writeCachedDRToDisk() 317: sql:ERROR:Dbt=launches info=25",
                                       "deleteDeallocateDR() 565: sql:ERROR:Dbt=launches info=25"}));
 }
