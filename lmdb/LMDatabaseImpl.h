@@ -320,15 +320,15 @@ int LMDatabase<Ts...>::writeDeallocateDR(typename LMDBDataTable<T>::vecT& rows) 
     if (rows.empty()) {
         return LMDB_SUCCESS;
     }
-    // The list nodes are made before the first row changes hands: what may throw comes first.
-    std::list<LMDBDataRow<T>*> handedOver(rows.begin(), rows.end());
-    handedOver.remove(nullptr);
-    rows.clear();
-    while (!handedOver.empty()) {
+    for (LMDBDataRow<T>*& row : rows) {
+        if (row == nullptr) {
+            continue;
+        }
         const std::lock_guard<std::mutex> lock(LMDBDataTable<T>::clstMutex);
-        auto& cached = LMDBDataTable<T>::clst;
-        cached.splice(cached.end(), handedOver, handedOver.begin());
+        LMDBDataTable<T>::clst.push_back(row);
+        row = nullptr;  // the cache's now: a caller whom an exception reaches must not free it
     }
+    rows.clear();
     return writeCachedDRToDisk<T>();
 }
 

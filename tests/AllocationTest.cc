@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "host/DynamicLoader.h"
 #include "host/Registry.h"
+#include "lmdb/LMDBRows.h"
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/FeatureFixture.h"
 
@@ -62,6 +64,24 @@ TEST(AllocationTest, TheSingletonIsTriedForAgainUntilThereIsMemory) {
                      "failure",
                      "KestrelStartsAction:: FeedbackCB() 95: Couldn't create feedback instance"}));
     EXPECT_NE(KestrelStartsAction::getInstance(nullptr), nullptr);
+}
+
+TEST(AllocationTest, RowsThatWereHandedOverBeforeMemoryRanOutAreWritten) {
+    TestHost host(setupWithoutKnobs());
+    LMDatabase<KSInputDbData> db(0, "", "launches");
+    ASSERT_EQ(db.openLMdb(), LMDB_SUCCESS);
+    LMDBRows<KSInputDbData> handed(db, db.getRow(3));
+    for (auto* row : handed.rows) {
+        row->appName = "a";
+    }
+    {
+        const FailingAllocator fail(2, FailingAllocator::Kind::throws);
+        EXPECT_THROW(db.writeDeallocateDR<KSInputDbData>(handed.rows), std::bad_alloc);
+    }
+    EXPECT_EQ(std::ranges::count(handed.rows, nullptr), 1);
+    EXPECT_EQ(db.LMDatabaseWriteCachedToDisk(), LMDB_SUCCESS);
+    LMDBDataRowKey all;
+    EXPECT_EQ(db.getCountDR<KSInputDbData>(all), 1);
 }
 
 // The service of a host that keeps no records.
