@@ -29,11 +29,14 @@ KestrelStartsAction* KestrelStartsAction::getInstance(KestrelStartsFeature* feat
     if (mKSFbInstance != nullptr) {
         return mKSFbInstance;
     }
-    mKSFbInstance =
-        new (std::nothrow) KestrelStartsAction(0, KS_OUTPUT_DB_FILE, KS_OUTPUT_TABLE, feature);
-    if (mKSFbInstance == nullptr) {
-        LM_LOG(KS_ACTION_MODULE, "getInstance", 52, "KestrelStartsAction::getInstance failure");
-    }
+    const auto make = [feature] {
+        mKSFbInstance =
+            new (std::nothrow) KestrelStartsAction(0, KS_OUTPUT_DB_FILE, KS_OUTPUT_TABLE, feature);
+        if (mKSFbInstance == nullptr) {
+            LM_LOG(KS_ACTION_MODULE, "getInstance", 52, "KestrelStartsAction::getInstance failure");
+        }
+    };
+    guarded(make, [](const char*) {});  // what lacks memory here has no line
     return mKSFbInstance;
 }
 

@@ -18,8 +18,9 @@ class KestrelStartsFeature;
 // Ownership: owns the output store; borrows the feature, after whose end no boost may be asked for.
 // Threads:   getInstance and FeedbackCB from any; the boost operations on the event worker, without
 //            a lock.
-// Errors:    a request for which the service has no entry point is left out. Every operation may
-//            throw std::bad_alloc, but for applyAction, which logs it.
+// Errors:    a request for which the service has no entry point is left out. getInstance and
+//            FeedbackCB let no exception out, and nor does applyAction, which logs it; the others
+//            throw what allocation and the host throw.
 class KestrelStartsAction {
  public:
     // Opens the store; when that fails the object is usable for boosts, with mOutputDb null.
@@ -30,7 +31,7 @@ class KestrelStartsAction {
     KestrelStartsAction& operator=(const KestrelStartsAction&) = delete;
 
     // The instance, made by the first call, whose `feature` it keeps, be it null. Null when there
-    // is no memory for it; the next call tries again.
+    // is no memory for it or for opening its store; the next call tries again.
     LM_API static KestrelStartsAction* getInstance(KestrelStartsFeature* feature);
 
     // Writes the learned duration of the message's app, or KS_DEFAULT_BOOST_DURATION, into

@@ -11,6 +11,24 @@ namespace {
 
 constexpr const char* FUNCTION = "FeedbackCB";
 
+// The duration is written last: whatever is thrown leaves the message unchanged.
+int answerFrom(LMDatabase<KSPerfdOutput>& outputDb, mpctl_msg_t& msg) {
+    LMDBDataRowKey key;
+    // Another module's message may lack the terminator.
+    key.appName.assign(msg.appName, strnlen(msg.appName, sizeof(msg.appName)));
+    key.intcol1 = static_cast<int32_t>(msg.hintId);
+    const LMDBRows<KSPerfdOutput> found(outputDb, outputDb.readAllocateDR<KSPerfdOutput>(key));
+    if (found.rows.empty()) {
+        msg.duration = KS_DEFAULT_BOOST_DURATION;
+        return 0;
+    }
+    if (found.rows.front() == nullptr) {
+        return -1;
+    }
+    msg.duration = found.rows.front()->blob.launchDuration;
+    return 0;
+}
+
 }  // namespace
 
 int KestrelStartsAction::FeedbackCB(mpctl_msg_t* msg) {
@@ -26,19 +44,8 @@ int KestrelStartsAction::FeedbackCB(mpctl_msg_t* msg) {
         LM_LOG(KS_ACTION_MODULE, FUNCTION, 101, "db instance table NULL");
         return -1;
     }
-    LMDBDataRowKey key;
-    // Another module's message may lack the terminator.
-    key.appName.assign(msg->appName, strnlen(msg->appName, sizeof(msg->appName)));
-    key.intcol1 = static_cast<int32_t>(msg->hintId);
-    const LMDBRows<KSPerfdOutput> found(*instance->mOutputDb,
-                                        instance->mOutputDb->readAllocateDR<KSPerfdOutput>(key));
-    if (found.rows.empty()) {
-        msg->duration = KS_DEFAULT_BOOST_DURATION;
-        return 0;
-    }
-    if (found.rows.front() == nullptr) {
-        return -1;
-    }
-    msg->duration = found.rows.front()->blob.launchDuration;
-    return 0;
+    int result = -1;
+    const auto answer = [&] { result = answerFrom(*instance->mOutputDb, *msg); };
+    guarded(answer, [](const char*) {});  // what lacks memory here has no line
+    return result;
 }

@@ -23,4 +23,5 @@ static_assert(offsetof(mpctl_msg_t, duration) == 12);
 static_assert(offsetof(mpctl_msg_t, hintId) == 1184);
 static_assert(offsetof(mpctl_msg_t, hintType) == 1188);
 static_assert(offsetof(mpctl_msg_t, appName) == 1200);
+static_assert(sizeof(mpctl_msg_t::appName) == 128);
 static_assert(sizeof(mpctl_msg_t) == 1440);

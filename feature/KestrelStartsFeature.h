@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,7 +39,7 @@ class KestrelStartsFeature : public Feature {
 
     using Feature::getData;
 
-    // The dispatcher of events. Lets no exception out but those of obtaining the action singleton.
+    // The dispatcher of events. Lets no exception out.
     void runAsync(AsyncTriggerPayload payload) override;
     void runAsyncIdle(std::atomic<bool> const& stop) override;
 
@@ -104,6 +105,14 @@ class KestrelStartsFeature : public Feature {
     bool readEnablement();
     // REQUIRES, from here: the action is there, and what else the caller has tested.
     void decide(KestrelStartsAction* action, AsyncTriggerPayload const& payload);
+    // The duration that `count` stored launches, which are read into `rows`, come to; none when
+    // they disable the app instead, which takes the rows over.
+    std::optional<int> evaluate(std::vector<LMDBDataRow<KSInputDbData>*>& rows, int32_t count,
+                                AsyncTriggerPayload const& payload);
+    // Writes the decision and deletes the launches, as far as the app's state has it so.
+    void storeDecision(LMDatabase<KSPerfdOutput>& outputDb,
+                       std::vector<LMDBDataRow<KSInputDbData>*>& rows,
+                       AsyncTriggerPayload const& payload, int durationMs);
 
     void dispatch(KestrelStartsAction* action, AsyncTriggerPayload& payload);
     bool acceptsLaunch(AsyncTriggerPayload const& payload) const;

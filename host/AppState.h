@@ -15,4 +15,6 @@ enum AppState : int32_t {
     APP_STATE_DISABLED = 99  // by configuration, or because no duration could be learned
 };
 
+static_assert(sizeof(AppState) == 4);  // as it is stored
+
 LMDB_DECLARE(AppState);

@@ -36,4 +36,7 @@ static_assert(offsetof(AsyncTriggerPayload, dataVersion) == 74);
 static_assert(offsetof(AsyncTriggerPayload, reserved76) == 76);
 static_assert(offsetof(AsyncTriggerPayload, hostData) == 80);
 static_assert(offsetof(AsyncTriggerPayload, reserved104) == 104);
+static_assert(sizeof(std::string) == 24 && sizeof(std::vector<int>) == 24);
+static_assert(sizeof(AsyncTriggerPayload::reserved36) == 24);
+static_assert(sizeof(AsyncTriggerPayload::reserved104) == 16);
 static_assert(sizeof(AsyncTriggerPayload) == 120);

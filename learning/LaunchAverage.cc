@@ -35,10 +35,8 @@ void KestrelStartsFeature::getAvgLaunchValues(std::vector<LMDBDataRow<KSInputDbD
 }
 
 bool KestrelStartsFeature::cleanEpDataSet(std::vector<int>& dataSet, int k) {
-    bool erased = true;  // what a pass that failed reports
-    guarded([&] { erased = removeOutliers(dataSet, k, nullptr); },
-            ExceptionLog{KS_MODULE, "cleanEpDataSet", 201, 204});
-    return erased;
+    const auto observe = [](auto...) {};
+    return removeOutliers(dataSet, k, observe, ExceptionLog{KS_MODULE, "cleanEpDataSet", 201, 204});
 }
 
 void KestrelStartsFeature::getAvgLaunchValuesForced(

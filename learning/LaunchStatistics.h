@@ -1,11 +1,14 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <vector>
 
+#include "host/LaunchMeter.h"
 #include "learning/LearningRecords.h"
+#include "lmdb/LMLog.h"
 
 // The arithmetic of learning, on values alone. Durations in ms.
 
@@ -23,25 +26,57 @@ inline bool hasDuration(KSInputDbData const& launch) {
 // REQUIRES: there are as many values.
 int32_t truncatedMean(std::vector<int> const& values, std::size_t count);
 
-// What an outlier pass saw and did, for those who ask why.
-struct OutlierPass {
-    struct Examined {
-        std::size_t index;  // in the values before the pass; those left out were not examined
-        float percentage;   // by which it differs from the mean
-        bool removed;
+// One pass against the mean of the first k values; true when it removed one or failed. Needs k + 2
+// values and a mean that is not 0. The value behind a removed one is not examined. `observe` is
+// told the mean and, of each value examined, its index before the pass, the percentage and whether
+// it goes. An exception ends the pass and goes to `onException`, as with guarded: what was removed
+// before it stays removed, the rest stays.
+template <class Observer, class OnException>
+bool removeOutliers(std::vector<int>& dataSet, int k, Observer observe, OnException onException) {
+    if (k < 0 || static_cast<std::size_t>(k) + 1 >= dataSet.size()) {
+        return false;
+    }
+    const int32_t mean = truncatedMean(dataSet, static_cast<std::size_t>(k));
+    if (mean == 0) {
+        return false;
+    }
+    auto kept = dataSet.begin();  // the values before it stay, those from it to `next` have gone
+    auto next = dataSet.begin();
+    const auto pass = [&] {
+        while (next != dataSet.end()) {
+            const float percentage = LaunchMeter::calcDiffPercentage(static_cast<float>(mean),
+                                                                     static_cast<float>(*next));
+            const bool isOutlier = percentage >= KS_OUTLIER_PERCENTAGE;
+            observe(mean, static_cast<std::size_t>(next - dataSet.begin()), percentage, isOutlier);
+            // The value behind an outlier is left to the next pass and its new mean.
+            if (isOutlier && ++next == dataSet.end()) {
+                return;
+            }
+            *kept++ = *next++;
+        }
     };
-    int32_t meanMs = 0;
-    std::vector<Examined> examined;  // empty: there was nothing to begin with
-};
-
-// One pass against the mean of the first k values; true when it removed one. Needs k + 2 values and
-// a mean that is not 0. The value behind a removed one is not examined. `seen` may be null.
-bool removeOutliers(std::vector<int>& dataSet, int k, OutlierPass* seen);
+    const bool ended = guarded(pass, onException);
+    const bool removed = kept != next;
+    dataSet.erase(kept, next);
+    return removed || !ended;
+}
 
 // Sorts the durations, has `pass` remove outliers against the larger half until it removes no more,
-// and averages what is left. One or two durations are averaged as they are; 0 for none.
-int32_t averageWithoutOutliers(std::vector<int>& durations,
-                               std::function<bool(std::vector<int>&, int)> const& pass);
+// and averages what is left. One or two durations are averaged as they are; 0 for none. `pass` gets
+// the durations and how many are the larger half, and is false when it removed none.
+template <class Pass>
+int32_t averageWithoutOutliers(std::vector<int>& durations, Pass pass) {
+    if (durations.size() > 2) {
+        std::sort(durations.begin(), durations.end(), std::greater<>());
+        // A pass that failed reports a removal that did not happen; the size tells the truth.
+        std::size_t sizeBefore = 0;
+        do {
+            sizeBefore = durations.size();
+        } while (pass(durations, static_cast<int>(sizeBefore / 2)) &&
+                 durations.size() < sizeBefore);
+    }
+    return truncatedMean(durations, durations.size());
+}
 
 // Bounds of a learned duration, inclusive; INT32_MAX: none.
 struct DurationRange {

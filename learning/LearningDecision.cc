@@ -1,5 +1,6 @@
 // From stored launches to one learned duration, or to a disabled app.
 
+#include <optional>
 #include <utility>
 
 #include "action/KestrelStartsAction.h"
@@ -36,8 +37,7 @@ void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPaylo
         LM_LOG(KS_MODULE, FUNCTION, 373, "KestrelStartAlgo:: dbTable NULL");
         return;
     }
-    std::string const& app = payload.appName;
-    LMDBDataRowKey key = launchKey(payload.hintId, app);
+    LMDBDataRowKey key = launchKey(payload.hintId, payload.appName);
     const int32_t count = mFeatureInputDb->getCountDR<KSInputDbData>(key);
     if (count < KS_LAUNCHES_TO_DECIDE) {
         return;
@@ -47,50 +47,61 @@ void KestrelStartsFeature::decide(KestrelStartsAction* action, AsyncTriggerPaylo
     if (launches.rows.size() < static_cast<std::size_t>(KS_LAUNCHES_TO_DECIDE)) {
         return;
     }
-    int average = 0;
-    getAvgLaunchValues(launches.rows, static_cast<int>(launches.rows.size()), average);
-    if (isUnusable(count, average)) {
-        getAvgLaunchValuesForced(launches.rows, average);
-        disableFeature(std::exchange(launches.rows, {}), payload, average);
-        return;
+    if (const std::optional<int> durationMs = evaluate(launches.rows, count, payload)) {
+        storeDecision(*action->mOutputDb, launches.rows, payload, *durationMs);
     }
-    const int appClass = isHeavyGame(app);
-    const bool clamped = skewLaunchDuration(average, payload.launchType, appClass, app);
-    if (isScaled(payload.launchType, clamped)) {
-        average = scaleGameDuration(average);
-    }
+}
 
-    LMDatabase<KSPerfdOutput>& outputDb = *action->mOutputDb;
+std::optional<int> KestrelStartsFeature::evaluate(std::vector<LMDBDataRow<KSInputDbData>*>& rows,
+                                                  int32_t count,
+                                                  AsyncTriggerPayload const& payload) {
+    int average = 0;
+    getAvgLaunchValues(rows, static_cast<int>(rows.size()), average);
+    if (isUnusable(count, average)) {
+        getAvgLaunchValuesForced(rows, average);
+        disableFeature(std::exchange(rows, {}), payload, average);
+        return std::nullopt;
+    }
+    const int appClass = isHeavyGame(payload.appName);
+    const bool clamped = skewLaunchDuration(average, payload.launchType, appClass, payload.appName);
+    return isScaled(payload.launchType, clamped) ? scaleGameDuration(average) : average;
+}
+
+void KestrelStartsFeature::storeDecision(LMDatabase<KSPerfdOutput>& outputDb,
+                                         std::vector<LMDBDataRow<KSInputDbData>*>& rows,
+                                         AsyncTriggerPayload const& payload, int durationMs) {
+    std::string const& app = payload.appName;
+    LMDBDataRowKey key = launchKey(payload.hintId, app);
     LMDBRows<KSPerfdOutput> output(outputDb, readOrMakeOutputRow(outputDb, key));
-    if (!isSingleOutputRow(outputDb, output.rows, FUNCTION, 434)) {
+    LMDBDataRow<KSPerfdOutput>* row = onlyRowOrDeleteAll(outputDb, output.rows, FUNCTION, 434);
+    if (row == nullptr) {
         return;
     }
-    LMDBDataRow<KSPerfdOutput>& row = *output.rows.front();
     switch (decisionStep(mFeatureState.readState(app))) {
         case DecisionStep::begin:
-            setDecision(row.blob, average);
-            row.blob.boostType = decidedBoostType(payload.launchType);
-            row.appName = app;
-            row.intcol1 = payload.hintId;
+            setDecision(row->blob, durationMs);
+            row->blob.boostType = decidedBoostType(payload.launchType);
+            row->appName = app;
+            row->intcol1 = payload.hintId;
             outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
-            KSFeaturesList::exportToFile("Data Complete - Eval Required", average, app.c_str());
+            KSFeaturesList::exportToFile("Data Complete - Eval Required", durationMs, app.c_str());
             for (const AppState state : {APP_STATE_EVALUATING, APP_STATE_EVALUATED,
                                          APP_STATE_DECIDING, APP_STATE_LEARNED}) {
                 mFeatureState.writeState(app, state);
             }
-            mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(launches.rows);
+            mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(rows);
             return;
         case DecisionStep::update:
-            setDecision(row.blob, average);
+            setDecision(row->blob, durationMs);
             outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
             mFeatureState.writeState(app, APP_STATE_DECIDING);
             mFeatureState.writeState(app, APP_STATE_LEARNED);
             LM_LOG(KS_MODULE, FUNCTION, 464, "deleteDeallocateDR<KSInputDbData>(inDbRows)");
-            mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(launches.rows);
-            KSFeaturesList::exportToFile("Learning Complete - ENABLED KS", average, app.c_str());
+            mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(rows);
+            KSFeaturesList::exportToFile("Learning Complete - ENABLED KS", durationMs, app.c_str());
             return;
         case DecisionStep::none:
-            mFeatureInputDb->freeRow(launches.rows);
+            mFeatureInputDb->freeRow(rows);
             outputDb.deleteDeallocateDR<KSPerfdOutput>(output.rows);
             return;
     }
@@ -106,8 +117,9 @@ void KestrelStartsFeature::disableFeature(std::vector<LMDBDataRow<KSInputDbData>
 }
 
 int KestrelStartsFeature::isHeavyGame(std::string app) {
+    // Its size here is not one to rely on: a device's header must have the host's whole record, all
+    // of which the classifier may fill.
     featureData data;
-    data.value = 0;
     const auto ask = [&] {
         std::string classifier = "AppClassifier";
         if (mFeatureLocator != nullptr) {

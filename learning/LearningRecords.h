@@ -39,6 +39,7 @@ static_assert(offsetof(KSPerfdOutput, secondMetric) == 12);
 static_assert(offsetof(KSPerfdOutput, reservedBlock) == 16);
 static_assert(offsetof(KSPerfdOutput, launchCount) == 528);
 static_assert(offsetof(KSPerfdOutput, retriggered) == 532);
+static_assert(sizeof(KSPerfdOutput::reservedBlock) == 512);
 static_assert(sizeof(KSPerfdOutput) == 536);
 static_assert(std::is_trivially_copyable_v<KSPerfdOutput>);
 

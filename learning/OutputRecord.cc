@@ -19,12 +19,13 @@ LMDBDataTable<KSPerfdOutput>::vecT readOrMakeOutputRow(LMDatabase<KSPerfdOutput>
     return rows;
 }
 
-bool isSingleOutputRow(LMDatabase<KSPerfdOutput>& outputDb,
-                       LMDBDataTable<KSPerfdOutput>::vecT& rows, const char* function, int line) {
+LMDBDataRow<KSPerfdOutput>* onlyRowOrDeleteAll(LMDatabase<KSPerfdOutput>& outputDb,
+                                               LMDBDataTable<KSPerfdOutput>::vecT& rows,
+                                               const char* function, int line) {
     if (rows.size() == 1 && rows.front() != nullptr) {
-        return true;
+        return rows.front();
     }
     LM_LOG(KS_MODULE, function, line, "output db returning more rows for the same app");
     outputDb.deleteDeallocateDR<KSPerfdOutput>(rows);
-    return false;
+    return nullptr;
 }

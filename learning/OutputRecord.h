@@ -14,8 +14,8 @@ LMDBDataRowKey launchKey(int32_t hintId, std::string const& app);
 [[nodiscard]] LMDBDataTable<KSPerfdOutput>::vecT readOrMakeOutputRow(
     LMDatabase<KSPerfdOutput>& outputDb, LMDBDataRowKey& key);
 
-// Whether `rows` is exactly one row. If not, the store is damaged: logs that for `function`, and
-// deletes and frees the rows.
-[[nodiscard]] bool isSingleOutputRow(LMDatabase<KSPerfdOutput>& outputDb,
-                                     LMDBDataTable<KSPerfdOutput>::vecT& rows, const char* function,
-                                     int line);
+// The row, which stays in `rows`, when there is exactly one. If not, the store is damaged: logs
+// that for `function`, deletes and frees the rows, and returns null.
+[[nodiscard]] LMDBDataRow<KSPerfdOutput>* onlyRowOrDeleteAll(
+    LMDatabase<KSPerfdOutput>& outputDb, LMDBDataTable<KSPerfdOutput>::vecT& rows,
+    const char* function, int line);

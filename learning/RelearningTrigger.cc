@@ -31,13 +31,13 @@ bool KestrelStartsFeature::checkRelearningTrigger(KestrelStartsAction* action,
         LMDatabase<KSPerfdOutput>& outputDb = *action->mOutputDb;
         LMDBDataRowKey key = launchKey(payload.hintId, payload.appName);
         LMDBRows<KSPerfdOutput> output(outputDb, readOrMakeOutputRow(outputDb, key));
-        if (!isSingleOutputRow(outputDb, output.rows, FUNCTION, 838)) {
+        LMDBDataRow<KSPerfdOutput>* row = onlyRowOrDeleteAll(outputDb, output.rows, FUNCTION, 838);
+        if (row == nullptr) {
             return;
         }
-        LMDBDataRow<KSPerfdOutput>& row = *output.rows.front();
-        row.appName = payload.appName;
-        row.intcol1 = payload.hintId;
-        KSPerfdOutput& record = row.blob;
+        row->appName = payload.appName;
+        row->intcol1 = payload.hintId;
+        KSPerfdOutput& record = row->blob;
         if (countLaunch(record)) {
             LM_LOG(KS_MODULE, FUNCTION, 855, "launchCount  Retrigger %d", record.launchCount);
         }

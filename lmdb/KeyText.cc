@@ -21,28 +21,6 @@ void appendQuoted(std::string_view text, std::string& query) {
     query += '\'';
 }
 
-// Calls `append` for each column that is set, in their fixed order, with a "," between them.
-template <class Append>
-void forEachSetColumn(const LMDBDataRowKey& key, std::string& query, Append append) {
-    bool isFirst = true;
-    const auto next = [&](const char* name, const std::string* text) {
-        if (!isFirst) {
-            query += ',';
-        }
-        isFirst = false;
-        append(name, text);
-    };
-    if (!key.appName.empty()) {
-        next("appName", &key.appName);
-    }
-    if (!key.rsvdName.empty()) {
-        next("rsvdName", &key.rsvdName);
-    }
-    if (key.intcol1 != LMDB_UNSET_INT) {
-        next("intcol1", nullptr);
-    }
-}
-
 const char* columnName(lmdbOrderByCol column) {
     switch (column) {
         case lmdbOrderByCol::rowid:
@@ -62,21 +40,29 @@ const char* columnName(lmdbOrderByCol column) {
 }  // namespace
 
 bool appendWhereClause(const LMDBDataRowKey& key, std::string& query) {
-    if (key.appName.empty() && key.rsvdName.empty() && key.intcol1 == LMDB_UNSET_INT) {
-        return true;
-    }
     const auto append = [&] {
-        query += "WHERE (";
-        forEachSetColumn(key, query, [&](const char* name, const std::string*) { query += name; });
-        query += ") = (";
-        forEachSetColumn(key, query, [&](const char*, const std::string* text) {
-            if (text != nullptr) {
-                appendQuoted(*text, query);
-            } else {
-                query += std::to_string(key.intcol1);
-            }
-        });
-        query += ") ";
+        std::string values;
+        // Appends the column's name, and returns where its value goes.
+        const auto column = [&](const char* name) -> std::string& {
+            query += values.empty() ? "WHERE (" : ",";
+            query += name;
+            values += values.empty() ? "" : ",";
+            return values;
+        };
+        if (!key.appName.empty()) {
+            appendQuoted(key.appName, column("appName"));
+        }
+        if (!key.rsvdName.empty()) {
+            appendQuoted(key.rsvdName, column("rsvdName"));
+        }
+        if (key.intcol1 != LMDB_UNSET_INT) {
+            column("intcol1") += std::to_string(key.intcol1);
+        }
+        if (!values.empty()) {
+            query += ") = (";
+            query += values;
+            query += ") ";
+        }
     };
     return guarded(append, [](const char* what) {
         constexpr const char* FUNCTION = "build_query_for_where_clause";

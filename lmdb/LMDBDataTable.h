@@ -11,8 +11,9 @@
 
 // The rows of one payload type that wait to be written, and the making and freeing of rows.
 // Ownership: owns every row in clst. A vecT owns nothing: its rows leave through exactly one of
-//            freeRow, writeDeallocateDR and deleteDeallocateDR, and each of these empties it. A
-//            vecT may hold null entries; every operation skips them.
+//            freeRow, writeDeallocateDR and deleteDeallocateDR, and each of these empties it; a
+//            writeDeallocateDR that throws has only nulled the rows that it took. A vecT may hold
+//            null entries; every operation skips them.
 // Threads:   clst from any thread under clstMutex, held for one list step at a time. getRow and
 //            freeRow touch nothing shared.
 // Errors:    getRow logs and returns fewer rows when memory is short.

@@ -23,8 +23,8 @@ struct sqlite3;
 //            at once share one transaction, so the second one's BEGIN fails and is logged. The
 //            message of an error can be that of another thread's call, made since.
 // Errors:    logged where they happen; no row operation lets an exception out, but for
-//            writeDeallocateDR, which throws std::bad_alloc before it has taken any row. With no
-//            open database, reads are empty and rows that were handed over stay cached.
+//            writeDeallocateDR. With no open database, reads are empty and rows that were handed
+//            over stay cached.
 template <class... Ts>
 class LMDatabase : public LMDBDataTable<Ts>... {
     template <class>
@@ -72,6 +72,8 @@ class LMDatabase : public LMDBDataTable<Ts>... {
 
     // REQUIRES, here and below: the rows come from getRow or readAllocateDR of this database.
     // Takes the rows over, empties `rows` and flushes. 0 or -1 as writeCachedDRToDisk; 0 for none.
+    // Throws std::bad_alloc at a row that cannot be cached: those before it are cached until the
+    // next flush and null in `rows`, and the others stay the caller's.
     template <class T>
     int writeDeallocateDR(typename LMDBDataTable<T>::vecT& rows);
 

@@ -240,23 +240,20 @@ typename LMDBDataTable<T>::vecT LMDatabase<Ts...>::readAllocateDR(LMDBDataRowKey
                 lmstore::expectCode(statement.reset(), 0, FUNCTION, 495, table);
                 break;
             }
-            // The place first, and the row in it only when it is complete: half a row must not
-            // reach a caller, who may write it back.
-            rows.push_back(nullptr);
             std::unique_ptr<LMDBDataRow<T>> row(LMDBDataTable<T>::newRow(0));
             if (row == nullptr) {
                 break;
             }
+            // Appended when it is complete: half a row must not reach a caller, who may write it
+            // back.
             lmstore::readRow(statement, *row);
-            rows.back() = row.release();
+            rows.push_back(row.get());
+            static_cast<void>(row.release());
         }
         lmstore::expectCode(statement.finalize(), 0, FUNCTION, 500, table);
     };
     guarded(read,
             lmstore::OperationExceptionLog{FUNCTION, 503, 505, lmstore::UNKNOWN_STRING_EXCEPTION});
-    if (!rows.empty() && rows.back() == nullptr) {
-        rows.pop_back();
-    }
     return rows;
 }
 
@@ -323,15 +320,15 @@ int LMDatabase<Ts...>::writeDeallocateDR(typename LMDBDataTable<T>::vecT& rows) 
     if (rows.empty()) {
         return LMDB_SUCCESS;
     }
-    // The list nodes are made before the first row changes hands: what may throw comes first.
-    std::list<LMDBDataRow<T>*> handedOver(rows.begin(), rows.end());
-    handedOver.remove(nullptr);
-    rows.clear();
-    while (!handedOver.empty()) {
+    for (LMDBDataRow<T>*& row : rows) {
+        if (row == nullptr) {
+            continue;
+        }
         const std::lock_guard<std::mutex> lock(LMDBDataTable<T>::clstMutex);
-        auto& cached = LMDBDataTable<T>::clst;
-        cached.splice(cached.end(), handedOver, handedOver.begin());
+        LMDBDataTable<T>::clst.push_back(row);
+        row = nullptr;  // the cache's now: a caller whom an exception reaches must not free it
     }
+    rows.clear();
     return writeCachedDRToDisk<T>();
 }
 
@@ -352,6 +349,7 @@ int LMDatabase<Ts...>::deleteDeallocateDR(typename LMDBDataTable<T>::vecT& rows)
             if (row == nullptr || row->rowid == 0) {
                 continue;
             }
+            statement.clearBindings();  // a rowid that is refused must not name the row before
             lmstore::expectCode(statement.bindRowid(1, row->rowid), 0, FUNCTION, 565, table);
             lmstore::expectCode(statement.step(), lmstore::Statement::DONE, FUNCTION, 566, table);
             lmstore::expectCode(statement.reset(), 0, FUNCTION, 567, table);

@@ -2,8 +2,7 @@
 
 #include <sqlite3.h>
 
-#include <array>
-#include <cstdio>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -13,23 +12,25 @@ namespace lmstore {
 
 namespace {
 
-// SQLite's message of the connection's latest failure. The text belongs to the connection, so
-// another thread's call may replace it while it is read: it is copied under the connection's own
-// mutex. It may then still be that of the other call.
-class ErrorMessage {
- public:
-    explicit ErrorMessage(sqlite3* db) {
-        sqlite3_mutex* mutex = sqlite3_db_mutex(db);
-        sqlite3_mutex_enter(mutex);
-        std::snprintf(mText.data(), mText.size(), "%s", sqlite3_errmsg(db));
-        sqlite3_mutex_leave(mutex);
-    }
-
-    const char* text() const { return mText.data(); }
-
- private:
-    std::array<char, 4096> mText;  // no log line of a device is longer
+struct SqliteFree {
+    void operator()(char* text) const { sqlite3_free(text); }
 };
+using SqliteText = std::unique_ptr<char, SqliteFree>;
+
+// SQLite's message of the connection's latest failure; null when there is no memory for it. The
+// text belongs to the connection, so another thread's call may replace it while it is read: it is
+// copied under the connection's own mutex. It may then still be that of the other call.
+SqliteText copyErrorMessage(sqlite3* db) {
+    sqlite3_mutex* mutex = sqlite3_db_mutex(db);
+    sqlite3_mutex_enter(mutex);
+    SqliteText copy(sqlite3_mprintf("%s", sqlite3_errmsg(db)));
+    sqlite3_mutex_leave(mutex);
+    return copy;
+}
+
+const char* orOutOfMemory(const SqliteText& message) {
+    return message != nullptr ? message.get() : sqlite3_errstr(SQLITE_NOMEM);
+}
 
 }  // namespace
 
@@ -53,10 +54,8 @@ int Statement::bindInt(int parameter, int32_t value) {
 }
 
 int Statement::bindRowid(int parameter, int64_t rowid) {
-    // Rows are named by 32 bits. Cut to them, a larger identity would name another row; unbound,
-    // it names none.
+    // Rows are named by 32 bits. Cut to them, a larger identity would name another row.
     if (!std::in_range<int32_t>(rowid)) {
-        sqlite3_bind_null(mStatement, parameter);
         return SQLITE_RANGE;
     }
     return sqlite3_bind_int(mStatement, parameter, static_cast<int32_t>(rowid));
@@ -86,9 +85,10 @@ int Statement::finalize() {
 }
 
 int32_t Statement::columnInt(int column, int32_t ifNull) {
-    const int32_t value = sqlite3_column_int(mStatement, column);
-    // NULL reads as 0. Each question to SQLite takes its lock, so only a 0 is looked into.
-    return value == 0 && sqlite3_column_type(mStatement, column) == SQLITE_NULL ? ifNull : value;
+    // The type first: a conversion leaves it undefined.
+    return sqlite3_column_type(mStatement, column) == SQLITE_NULL
+               ? ifNull
+               : sqlite3_column_int(mStatement, column);
 }
 
 int64_t Statement::columnInt64(int column) {
@@ -148,7 +148,7 @@ bool Transaction::exec(const char* sql, int line) {
 
 void logSqlMessage(const char* function, int line, const std::string& table, sqlite3* db) {
     LM_LOG_SQL(function, line, "sql:ERROR:Dbt=%s info=%s\n", table.c_str(),
-               ErrorMessage(db).text());
+               orOutOfMemory(copyErrorMessage(db)));
 }
 
 void logSqlCode(const char* function, int line, const std::string& table, int code) {
@@ -156,7 +156,8 @@ void logSqlCode(const char* function, int line, const std::string& table, int co
 }
 
 void logMessage(const char* function, int line, const std::string& table, sqlite3* db) {
-    LM_LOG_SQL(function, line, "ERROR:Dbt=%s info=%s\n", table.c_str(), ErrorMessage(db).text());
+    LM_LOG_SQL(function, line, "ERROR:Dbt=%s info=%s\n", table.c_str(),
+               orOutOfMemory(copyErrorMessage(db)));
 }
 
 void OperationExceptionLog::operator()(const char* what) const {

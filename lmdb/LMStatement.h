@@ -30,7 +30,8 @@ class Statement {
     // Parameters count from 1; the results are SQLite's codes.
     void clearBindings();
     int bindInt(int parameter, int32_t value);
-    int bindRowid(int parameter, int64_t rowid);  // refuses what does not fit 32 bits
+    // Refuses what does not fit 32 bits; the parameter then keeps what it was bound to.
+    int bindRowid(int parameter, int64_t rowid);
     int bindText(int parameter, const std::string& text);
     int bindBlob(int parameter, const void* bytes, std::size_t size);
 

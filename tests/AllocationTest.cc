@@ -2,19 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "host/DynamicLoader.h"
 #include "host/Registry.h"
+#include "lmdb/LMDBRows.h"
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/FeatureFixture.h"
 
 namespace kestrel {
 
 namespace {
-
-constexpr const char* VERSION_LINE =
-    "KestrelStarts: KestrelStartsFeature() 60: Major Version : 1, Minor Version : 0";
 
 HostSetup setupWithoutKnobs() {
     return {.knobs = std::nullopt};
@@ -41,31 +40,21 @@ TEST(AllocationTest, WithoutMemoryForTheFeatureTheFactoryReturnsNull) {
     EXPECT_EQ(host.takeLog(), Lines{});
 }
 
-TEST(AllocationTest, AFeatureWithoutDatabaseOrMeterSaysSoForEachEvent) {
-    for (const int n : {1, 2}) {  // the database, the meta meter
-        SCOPED_TRACE(n);
-        TestHost host(setupWithoutKnobs());
-        std::unique_ptr<KestrelStartsFeature> feature;
-        {
-            const FailingAllocator fail(n);
-            feature = std::make_unique<KestrelStartsFeature>(FeatureInfo{.featureName = "F"});
-        }
-        EXPECT_EQ(feature->mFeatureInputDb == nullptr, n == 1);
-        EXPECT_EQ(feature->mMetaMeter, nullptr);
-        EXPECT_EQ(host.takeLog(), Lines{VERSION_LINE});
-        feature->mKapStatus = 1;
-        feature->runAsync(launchOf("a"));
-        EXPECT_EQ(host.takeLog(), Lines{"KestrelStarts: runAsync() 569: dbinstance or metameter "
-                                        "NULL"});
+TEST(AllocationTest, AFeatureWithoutMeterSaysSoForEachEvent) {
+    TestHost host(setupWithoutKnobs());
+    std::unique_ptr<KestrelStartsFeature> feature;
+    {
+        const FailingAllocator fail(2);  // behind the database
+        feature = std::make_unique<KestrelStartsFeature>(FeatureInfo{.featureName = "F"});
     }
+    feature->mKapStatus = 1;
+    host.takeLog();
+    feature->runAsync(launchOf("a"));
+    EXPECT_EQ(host.takeLog(), Lines{"KestrelStarts: runAsync() 569: dbinstance or metameter NULL"});
 }
 
 TEST(AllocationTest, TheSingletonIsTriedForAgainUntilThereIsMemory) {
     TestHost host(setupWithoutKnobs());
-    {
-        const FailingAllocator fail(1);
-        EXPECT_EQ(KestrelStartsAction::getInstance(nullptr), nullptr);
-    }
     {
         const FailingAllocator fail(1);
         mpctl_msg_t message{};
@@ -75,67 +64,26 @@ TEST(AllocationTest, TheSingletonIsTriedForAgainUntilThereIsMemory) {
     EXPECT_EQ(host.takeLog(),
               (Lines{"KestrelStartsAction:: getInstance() 52: KestrelStartsAction::getInstance "
                      "failure",
-                     "KestrelStartsAction:: getInstance() 52: KestrelStartsAction::getInstance "
-                     "failure",
                      "KestrelStartsAction:: FeedbackCB() 95: Couldn't create feedback instance"}));
     EXPECT_NE(KestrelStartsAction::getInstance(nullptr), nullptr);
 }
 
-TEST(AllocationTest, ASingletonWithoutMemoryForItsStoreStaysWithoutIt) {
-    TestHost host(setupWithoutKnobs());
-    {
-        const FailingAllocator fail(2);
-        ASSERT_NE(KestrelStartsAction::getInstance(nullptr), nullptr);
-    }
-    EXPECT_EQ(KestrelStartsAction::getInstance(nullptr)->mOutputDb, nullptr);
-    mpctl_msg_t message{};
-    message.hintId = 4225;
-    EXPECT_EQ(KestrelStartsAction::FeedbackCB(&message), -1);
-    EXPECT_EQ(host.takeLog(),
-              Lines{"KestrelStartsAction:: FeedbackCB() 101: db instance table NULL"});
-}
-
-TEST(AllocationTest, RowsRunOutInTheMiddle) {
+TEST(AllocationTest, RowsThatWereHandedOverBeforeMemoryRanOutAreWritten) {
     TestHost host(setupWithoutKnobs());
     LMDatabase<KSInputDbData> db(0, "", "launches");
     ASSERT_EQ(db.openLMdb(), LMDB_SUCCESS);
-    const auto noMemory = [](int allocated) {
-        return "LMDB: getRow() 144: ERROR:Dbt=launches new operator failure, allocated=" +
-               std::to_string(allocated);
-    };
-    auto rows = LMDBDataTable<KSInputDbData>::vecT{};
-    {
-        const FailingAllocator fail(3);
-        rows = db.getRow(5);
+    LMDBRows<KSInputDbData> handed(db, db.getRow(3));
+    for (auto* row : handed.rows) {
+        row->appName = "a";
     }
-    ASSERT_EQ(rows.size(), 2U);
-    EXPECT_EQ(host.takeLog(), Lines{noMemory(2)});
-    rows[0]->appName = rows[1]->appName = "a";
-    db.writeDeallocateDR<KSInputDbData>(rows);
+    {
+        const FailingAllocator fail(2, FailingAllocator::Kind::throws);
+        EXPECT_THROW(db.writeDeallocateDR<KSInputDbData>(handed.rows), std::bad_alloc);
+    }
+    EXPECT_EQ(std::ranges::count(handed.rows, nullptr), 1);
+    EXPECT_EQ(db.LMDatabaseWriteCachedToDisk(), LMDB_SUCCESS);
     LMDBDataRowKey all;
-    {
-        const FailingAllocator fail(2);
-        rows = db.readAllocateDR<KSInputDbData>(all);
-    }
-    EXPECT_EQ(rows.size(), 1U);
-    EXPECT_EQ(host.takeLog(), Lines{noMemory(0)});
-    db.freeRow(rows);
-}
-
-TEST(AllocationTest, AnIncompleteBatchOfLaunchesIsNotStored) {
-    TestHost host(setupWithoutKnobs());
-    KestrelStartsFeature feature(FeatureInfo{.featureName = "F"});
-    host.takeLog();
-    LaunchMeter meter;
-    meter.mTriggerPayloads = {launchOf("a"), launchOf("b")};
-    {
-        const FailingAllocator fail(2);
-        EXPECT_EQ(feature.mMetaMeter->writeToDataBase({&meter}), 1);
-    }
-    LMDBDataRowKey all;
-    EXPECT_EQ(feature.mFeatureInputDb->getCountDR<KSInputDbData>(all), 0);
-    EXPECT_EQ(host.takeLog(), Lines{"LMDB: getRow() 144: ERROR:Dbt=KestrelStarts new operator "
-                                    "failure, allocated=1"});
+    EXPECT_EQ(db.getCountDR<KSInputDbData>(all), 1);
 }
 
 // The service of a host that keeps no records.

@@ -80,58 +80,6 @@ class ContractTest : public testing::Test {
     Feature* mFeature = nullptr;
 };
 
-// Every field of what crosses the boundary as bytes: what a host or another program compiled with
-// its own headers relies on.
-TEST(LayoutTest, EveryFieldHasItsPlace) {
-    const struct {
-        const char* name;
-        std::size_t offset, size;
-        std::size_t wantedOffset, wantedSize;
-    } fields[] = {
-#define FIELD(Record, field) #Record "." #field, offsetof(Record, field), sizeof(Record::field)
-        {FIELD(AsyncTriggerPayload, hintId), 0, 4},
-        {FIELD(AsyncTriggerPayload, hintType), 4, 4},
-        // NOLINTNEXTLINE(bugprone-sizeof-container)
-        {FIELD(AsyncTriggerPayload, appName), 8, 24},
-        {FIELD(AsyncTriggerPayload, hintArg), 32, 4},
-        {FIELD(AsyncTriggerPayload, reserved36), 36, 24},
-        {FIELD(AsyncTriggerPayload, launchType), 60, 4},
-        {FIELD(AsyncTriggerPayload, launchArg), 64, 4},
-        {FIELD(AsyncTriggerPayload, reserved68), 68, 4},
-        {FIELD(AsyncTriggerPayload, featureVersion), 72, 2},
-        {FIELD(AsyncTriggerPayload, dataVersion), 74, 2},
-        {FIELD(AsyncTriggerPayload, reserved76), 76, 4},
-        // NOLINTNEXTLINE(bugprone-sizeof-container)
-        {FIELD(AsyncTriggerPayload, hostData), 80, 24},
-        {FIELD(AsyncTriggerPayload, reserved104), 104, 16},
-        {"AsyncTriggerPayload", 0, sizeof(AsyncTriggerPayload), 0, 120},
-        {FIELD(KSInputDbData, launchDuration), 0, 4},
-        {FIELD(KSInputDbData, secondMetric), 4, 4},
-        {"KSInputDbData", 0, sizeof(KSInputDbData), 0, 8},
-        {FIELD(KSPerfdOutput, reserved0), 0, 4},
-        {FIELD(KSPerfdOutput, boostType), 4, 4},
-        {FIELD(KSPerfdOutput, launchDuration), 8, 4},
-        {FIELD(KSPerfdOutput, secondMetric), 12, 4},
-        {FIELD(KSPerfdOutput, reservedBlock), 16, 512},
-        {FIELD(KSPerfdOutput, launchCount), 528, 4},
-        {FIELD(KSPerfdOutput, retriggered), 532, 4},
-        {"KSPerfdOutput", 0, sizeof(KSPerfdOutput), 0, 536},
-        {"AppState", 0, sizeof(AppState), 0, 4},
-        {FIELD(mpctl_msg_t, requestKind), 8, 1},
-        {FIELD(mpctl_msg_t, duration), 12, 4},
-        {FIELD(mpctl_msg_t, hintId), 1184, 4},
-        {FIELD(mpctl_msg_t, hintType), 1188, 4},
-        {FIELD(mpctl_msg_t, appName), 1200, 128},
-        {"mpctl_msg_t", 0, sizeof(mpctl_msg_t), 0, 1440},
-    };
-#undef FIELD
-    for (const auto& field : fields) {
-        SCOPED_TRACE(field.name);
-        EXPECT_EQ(field.offset, field.wantedOffset);
-        EXPECT_EQ(field.size, field.wantedSize);
-    }
-}
-
 TEST_F(ContractTest, AnEventIsReadAtItsOffsets) {
     start({.featureName = "KestrelStarts", .ignoredApps = {"com.ignored"}});
     const std::string longName = "com.some.quite.long.company.name/.MainActivity";

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "tests/support/DatabaseFile.h"
 #include "tests/support/StoreFixture.h"
 
 namespace kestrel {
@@ -113,6 +114,17 @@ TEST_F(StoreTest, RowsThatCannotBeWrittenYetStayCached) {
     EXPECT_EQ(durations(*open()), std::vector<int>{1});
 }
 
+TEST_F(StoreTest, AnErrorIsToldInFull) {
+    const std::string table(5000, 't');
+    InputDb db(0, "", table);
+    ASSERT_EQ(db.openLMdb(), LMDB_SUCCESS);
+    exec(db, "DROP TABLE " + table);
+    LMDBDataRowKey all;
+    EXPECT_EQ(db.getCountDR<KSInputDbData>(all), 0);
+    EXPECT_EQ(mHost.takeLog(),
+              Lines{"getCountDR() 390: sql:ERROR:Dbt=" + table + " info=no such table: " + table});
+}
+
 TEST_F(StoreTest, DeleteRemovesStoredRowsAndOnlyFreesOthers) {
     auto db = open();
     write(*db, {newRow(*db, "a", 1), newRow(*db, "b", 2), newRow(*db, "a", 3)});
@@ -173,16 +185,16 @@ TEST_F(StoreTest, ARowBeyondThirtyTwoBitsIsLeftAloneAndSoAreOthers) {
     ASSERT_EQ(rows.size(), 1U);
     rows.front()->blob.launchDuration = 3;
     write(*db, rows);
+    // A row that comes back when it is deleted is deleted once, and not for the one behind it.
+    exec(*db,
+         "CREATE TABLE deleted(id); CREATE TRIGGER comes_back AFTER DELETE ON launches BEGIN "
+         "INSERT INTO deleted VALUES (OLD.rowid); "
+         "INSERT INTO launches(rowid, appName, blob) VALUES (OLD.rowid, OLD.appName, OLD.blob); "
+         "END");
     rows = read(*db);
-    std::erase_if(rows, [&](auto* row) {
-        const bool isFirst = row->rowid == 1;
-        if (isFirst) {
-            delete row;
-        }
-        return isFirst;
-    });
     EXPECT_EQ(db->deleteDeallocateDR<KSInputDbData>(rows), 0);
     EXPECT_EQ(durations(*db), (std::vector<int>{1, 2}));
+    EXPECT_EQ(DatabaseFile("/data/vendor/lm/test.db").run("SELECT id FROM deleted"), Lines{"1"});
     EXPECT_EQ(mHost.takeLog(), (Lines{"writeCachedDRToDisk() 317: sql:ERROR:Dbt=launches info=25",
                                       "deleteDeallocateDR() 565: sql:ERROR:Dbt=launches info=25"}));
 }

@@ -18,7 +18,12 @@ DurationEvaluation evaluate(const std::vector<int>& durations, int32_t count, in
     e.average = averageWithoutOutliers(e.kept, [&](std::vector<int>& values, int k) {
         DurationEvaluation::Pass& pass = e.passes.emplace_back();
         pass.values = values;
-        return removeOutliers(values, k, &pass.seen);
+        const auto record = [&](int32_t meanMs, std::size_t index, float percentage, bool removed) {
+            pass.seen.meanMs = meanMs;
+            pass.seen.examined.push_back({index, percentage, removed});
+        };
+        const auto onException = [](const char*) { throw; };  // the caller's
+        return removeOutliers(values, k, record, onException);
     });
     e.isUnusable = isUnusable(count, e.average);
     if (e.isUnusable) {

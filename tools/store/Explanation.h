@@ -11,6 +11,17 @@
 
 namespace kestrel {
 
+// What an outlier pass saw and did.
+struct OutlierPass {
+    struct Examined {
+        std::size_t index;  // in the values before the pass; those left out were not examined
+        float percentage;   // by which it differs from the mean
+        bool removed;
+    };
+    int32_t meanMs = 0;
+    std::vector<Examined> examined;  // empty: there was nothing to begin with
+};
+
 // How the durations of the stored launches become a learned one. Durations in ms.
 struct DurationEvaluation {
     struct Pass {
