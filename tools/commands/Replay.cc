@@ -10,9 +10,9 @@
 #include "tools/base/TemporaryDirectory.h"
 #include "tools/input/Input.h"
 #include "tools/session/HostLife.h"
+#include "tools/store/LearningStore.h"
 #include "tools/views/JsonRecords.h"
 #include "tools/views/LaunchReport.h"
-#include "tools/views/LearnedApps.h"
 #include "tools/views/TraceEventFile.h"
 
 namespace kestrel {
@@ -42,16 +42,18 @@ class ReportForPeople : public LifeWatcher {
     }
 
     void endInput(Feature& feature) override {
+        mFeatureName = feature.mFeatureInfo.featureName;
         mReport.readStates(
             [&](const std::string& app) { return feature.mFeatureState.readState(app); });
     }
 
     void endLife(const std::filesystem::path& root) override {
-        mReport.printTable(readLearnedApps(root));
+        mReport.printTable(readLearningStoreIfAny(root, mFeatureName));
     }
 
  private:
     LaunchReport mReport;
+    std::string mFeatureName;
 };
 
 std::unique_ptr<LifeWatcher> makePrinter(const ReplayOptions& options, std::ostream& out) {

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "host/linux/Elapsed.h"
-#include "tools/views/LearnedApps.h"
+#include "tools/store/LearningStore.h"
 
 namespace kestrel {
 
@@ -64,6 +64,7 @@ void Evaluation::endObject(Feature& feature) {
 void Evaluation::endInput(Feature& feature) {
     mTimeline.finish();
     mFeatureVersion = versionText(feature);
+    mFeatureName = feature.mFeatureInfo.featureName;
     // Apps that were never launched, but disabled by the set-up or removed.
     std::erase_if(mApps, [](const auto& app) { return app.second.launches.empty(); });
     for (auto& [name, app] : mApps) {
@@ -72,9 +73,11 @@ void Evaluation::endInput(Feature& feature) {
 }
 
 void Evaluation::endLife(const std::filesystem::path& root) {
-    for (const auto& [name, learned] : readLearnedApps(root)) {
-        if (const auto app = mApps.find(name); app != mApps.end()) {
-            app->second.learnedMs = learned.launchDuration;
+    const LearningStore store = readLearningStoreIfAny(root, mFeatureName);
+    for (auto& [name, app] : mApps) {
+        const auto stored = store.apps.find(name);
+        if (stored != store.apps.end() && !stored->second.records.empty()) {
+            app.learnedMs = stored->second.records.front().launchDuration;
         }
     }
 }

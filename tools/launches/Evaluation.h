@@ -96,6 +96,7 @@ class Evaluation : public LifeWatcher, private LaunchTimeline::Listener {
     std::optional<int64_t> mFirstT;
     int64_t mLastT = 0;
     std::string mFeatureVersion;
+    std::string mFeatureName;
 };
 
 }  // namespace kestrel

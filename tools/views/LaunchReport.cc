@@ -150,7 +150,7 @@ void LaunchReport::printHeader() {
          << right("launch", BOOST_WIDTH) << '\n';
 }
 
-void LaunchReport::printTable(const std::map<std::string, LearnedApp>& learned) {
+void LaunchReport::printTable(const LearningStore& store) {
     if (mApps.empty()) {
         mOut << "no launches\n";
         return;
@@ -160,12 +160,12 @@ void LaunchReport::printTable(const std::map<std::string, LearnedApp>& learned) 
          << right("measured", COUNT_WIDTH) << GAP << padded("state", STATE_WIDTH)
          << right("learned ms", LEARNED_WIDTH) << right("since", SINCE_WIDTH) << '\n';
     for (const auto& [app, totals] : mApps) {
-        const auto found = learned.find(app);
+        const auto found = store.apps.find(app);
         std::optional<int32_t> durationMs;
         std::optional<int32_t> launchesSince;
-        if (found != learned.end()) {
-            durationMs = found->second.launchDuration;
-            launchesSince = found->second.launchCount;
+        if (found != store.apps.end() && !found->second.records.empty()) {
+            durationMs = found->second.records.front().launchDuration;
+            launchesSince = found->second.records.front().launchCount;
         }
         mOut << appText(app) << right(std::to_string(totals.launches), COUNT_WIDTH)
              << right(std::to_string(totals.measured), COUNT_WIDTH) << GAP

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "host/linux/HostRecord.h"
-#include "tools/views/LearnedApps.h"
+#include "tools/store/LearningStore.h"
 
 namespace kestrel {
 
@@ -35,7 +35,7 @@ class LaunchReport {
     }
 
     // The table, with what is stored of the apps in the end.
-    void printTable(const std::map<std::string, LearnedApp>& learned);
+    void printTable(const LearningStore& store);
 
  private:
     struct Launch {
