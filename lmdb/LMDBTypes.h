@@ -19,3 +19,6 @@ inline constexpr int32_t LMDB_UNSET_INT = 2147483647;
 // The most rows that one getRow call makes, and that one read returns.
 inline constexpr unsigned long LMDB_MAX_NEW_ROWS = 100;
 inline constexpr unsigned long LMDB_MAX_READ_ROWS = 10000;
+
+// Where databases are, on the device.
+inline constexpr const char* LMDB_DIRECTORY = "/data/vendor/lm/";

@@ -107,7 +107,7 @@ template <class... Ts>
 LMDatabase<Ts...>::LMDatabase(uint64_t tag, std::string fileName, TableName<Ts>... tableNames)
     : LMDBDataTable<Ts>(std::move(tableNames))...,
       ctorTag(tag),
-      dbDir("/data/vendor/lm/"),
+      dbDir(LMDB_DIRECTORY),
       dbFileName(std::move(fileName)) {}
 
 template <class... Ts>

@@ -213,6 +213,23 @@ TEST_F(InspectTest, AViewThatNeverEndsEndsWithTheUsersPatience) {
     EXPECT_TRUE(result.out.ends_with("\n1\n")) << result.out;
 }
 
+TEST_F(InspectTest, ReplayAndInspectTellTheSameRecord) {
+    fresh();
+    // A foreign row, whose duration is 9999 ms.
+    DatabaseFile(folder() / "KestrelStartsAction.db")
+        .run(
+            "INSERT INTO output_table VALUES (7, 'com.a/.Main', NULL, "
+            "x'00000000000000000f270000')");
+    EXPECT_EQ(inspect().at("com.a/.Main").at("learnedMs"), 1000);
+    int t = 0;
+    mProgram.write("again.jsonl", launches("com.a/.Main", 1, 1000, t));
+    const std::string out = mProgram.run("replay --root root again.jsonl").out;
+    EXPECT_TRUE(
+        out.ends_with("com.a/.Main                           1        0  learned         "
+                      "1000      2\n"))
+        << out;
+}
+
 TEST_F(InspectTest, ReadsUnderARunningHost) {
     fresh();
     const std::string fifo = mProgram.path("records");

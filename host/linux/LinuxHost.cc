@@ -15,6 +15,7 @@
 #include "host/linux/HostRuntime.h"
 #include "host/linux/PlatformServices.h"
 #include "host/linux/RelocatingVfs.h"
+#include "host/linux/StateStore.h"
 
 namespace kestrel {
 
@@ -61,7 +62,7 @@ auto onOwnThread(Call call) {
 // Makes the device's directory below the root, and the root the working directory. Returns the root
 // as an absolute path without links.
 std::filesystem::path enterRoot(const std::filesystem::path& root) {
-    const std::filesystem::path directory = root / "data/vendor/lm";
+    const std::filesystem::path directory = databaseFolder(root);
     std::error_code error;
     std::filesystem::create_directories(directory, error);
     if (error) {

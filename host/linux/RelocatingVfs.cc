@@ -3,11 +3,13 @@
 #include <cstdio>
 #include <string_view>
 
+#include "lmdb/LMDBTypes.h"
+
 namespace kestrel {
 
 namespace {
 
-constexpr std::string_view DEVICE_DIRECTORY = "/data/vendor/lm/";
+constexpr std::string_view DEVICE_DIRECTORY = LMDB_DIRECTORY;
 
 }  // namespace
 

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <utility>
 
 #include "host/AppState.h"
+#include "lmdb/LMDBTypes.h"
 
 namespace kestrel {
 
@@ -16,6 +18,11 @@ inline constexpr const char* KS_STATE_TABLE = "app_state";
 
 inline std::string stateDbFile(const std::string& featureName) {
     return featureName + "State.db";
+}
+
+// The folder of the databases below the root that the host plays on.
+inline std::filesystem::path databaseFolder(const std::filesystem::path& root) {
+    return root / std::filesystem::path(LMDB_DIRECTORY).relative_path().parent_path();
 }
 
 // An app's state is that of its newest row that can be written again.

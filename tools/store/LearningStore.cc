@@ -23,8 +23,6 @@ namespace fs = std::filesystem;
 
 using Row = DatabaseSnapshot::Row;
 
-constexpr const char* DEVICE_FOLDER = "data/vendor/lm";
-
 // A row's payload, as the store reads one of any size.
 template <class T>
 T payloadOf(const Row& row) {
@@ -112,18 +110,18 @@ LearningStore readLearningStore(const fs::path& root, const std::string& feature
         throw InputError(root.string() + ": " +
                          (error ? error : make_error_code(std::errc::not_a_directory)).message());
     }
-    for (const fs::path& folder : {root / DEVICE_FOLDER, root}) {
+    for (const fs::path& folder : {databaseFolder(root), root}) {
         if (holdsAny(folder, featureName)) {
             return readFolder(folder, featureName);
         }
     }
     const auto names = databaseNames(featureName);
     throw InputError(root.string() + ": none of " + names[0] + ", " + names[1] + " and " +
-                     names[2] + " is in it, nor in " + DEVICE_FOLDER + " below it");
+                     names[2] + " is in it, nor in " + databaseFolder("").string() + " below it");
 }
 
 LearningStore readLearningStoreIfAny(const fs::path& root, const std::string& featureName) {
-    const fs::path folder = root / DEVICE_FOLDER;
+    const fs::path folder = databaseFolder(root);
     return holdsAny(folder, featureName) ? readFolder(folder, featureName) : LearningStore{};
 }
 
