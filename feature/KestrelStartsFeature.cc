@@ -101,8 +101,8 @@ bool KestrelStartsFeature::readEnablement() {
         LM_LOG(KS_MODULE, CONSTRUCTOR, 90, "mPerfGetPropExtn is NULL!!");
         return false;
     }
-    const bool kap = isPropertyTrue("ro.vendor.perf.kap");
-    const bool kgm = isPropertyTrue("ro.vendor.perf.kgm");
+    const bool kap = isPropertyTrue(KS_PROPERTY_APPS);
+    const bool kgm = isPropertyTrue(KS_PROPERTY_GAMES);
     const bool kplh = isPropertyTrue("ro.vendor.perf.kplh");
     mAttachHintEnabled = isPropertyTrue("ro.vendor.perf.attach.hint.ks");
     mKgmStatus = launchStatus(kgm, kplh);

@@ -32,6 +32,10 @@ inline constexpr int KS_DATA_LAUNCH_DURATION = 3;
 inline constexpr int KS_DATA_SECOND_METRIC = 4;
 inline constexpr int KS_DATA_LEARNING_PID = 5;
 
+// The properties that switch the feature on, for launches of apps and of games.
+inline constexpr const char* KS_PROPERTY_APPS = "ro.vendor.perf.kap";
+inline constexpr const char* KS_PROPERTY_GAMES = "ro.vendor.perf.kgm";
+
 inline constexpr const char* KS_MODULE = "KestrelStarts";
 inline constexpr const char* KS_ACTION_MODULE = "KestrelStartsAction:";  // the colon is its own
 

@@ -84,7 +84,7 @@ void KestrelStartsFeature::storeDecision(LMDatabase<KSPerfdOutput>& outputDb,
             row->appName = app;
             row->intcol1 = payload.hintId;
             outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
-            KSFeaturesList::exportToFile("Data Complete - Eval Required", durationMs, app.c_str());
+            KSFeaturesList::exportToFile(KS_STATUS_FIRST_DECISION, durationMs, app.c_str());
             for (const AppState state : {APP_STATE_EVALUATING, APP_STATE_EVALUATED,
                                          APP_STATE_DECIDING, APP_STATE_LEARNED}) {
                 mFeatureState.writeState(app, state);
@@ -98,7 +98,7 @@ void KestrelStartsFeature::storeDecision(LMDatabase<KSPerfdOutput>& outputDb,
             mFeatureState.writeState(app, APP_STATE_LEARNED);
             LM_LOG(KS_MODULE, FUNCTION, 464, "deleteDeallocateDR<KSInputDbData>(inDbRows)");
             mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(rows);
-            KSFeaturesList::exportToFile("Learning Complete - ENABLED KS", durationMs, app.c_str());
+            KSFeaturesList::exportToFile(KS_STATUS_LATER_DECISION, durationMs, app.c_str());
             return;
         case DecisionStep::none:
             mFeatureInputDb->freeRow(rows);

@@ -12,6 +12,10 @@ inline constexpr int32_t KS_LAUNCHES_TO_DECIDE = 5;
 inline constexpr int32_t KS_LAUNCHES_TO_DISABLE = 10;  // without an average
 inline constexpr int32_t KS_LAUNCHES_TO_RELEARN = 100;
 
+// The feature's status entries that end a learning.
+inline constexpr const char* KS_STATUS_FIRST_DECISION = "Data Complete - Eval Required";
+inline constexpr const char* KS_STATUS_LATER_DECISION = "Learning Complete - ENABLED KS";
+
 // What an evaluation does with its result.
 enum class DecisionStep {
     none,    // no state to decide in: the launches stay, an old decision does not

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "host/KestrelStartsHints.h"
+
 namespace kestrel {
 
 // What a package removal in a log becomes: the plain event, the event that keeps the app's data,
@@ -16,8 +18,8 @@ enum class RemovalPolicy { forget, keep, ignore };
 // The platform that the host plays, as a trace sets it up. Fixed for the host's life.
 struct HostSetup {
     std::string featureName = "KestrelStarts";
-    std::map<std::string, std::string> properties = {{"ro.vendor.perf.kap", "true"},
-                                                     {"ro.vendor.perf.kgm", "true"}};
+    std::map<std::string, std::string> properties = {{KS_PROPERTY_APPS, "true"},
+                                                     {KS_PROPERTY_GAMES, "true"}};
     std::optional<std::set<int32_t>> knobs = {{10, 11}};  // none: there is no knob library
     std::vector<std::string> disabledApps;
     std::vector<std::string> ignoredApps;

@@ -1,5 +1,7 @@
 #include "tools/launches/FeatureSwitch.h"
 
+#include "host/KestrelStartsHints.h"
+
 namespace kestrel {
 
 void FeatureSwitch::add(const record::Knob& knob) {
@@ -10,9 +12,9 @@ void FeatureSwitch::add(const record::Knob& knob) {
 void FeatureSwitch::add(const record::Property& property) {
     mAskedProperties = true;
     const bool isTrue = property.value == "true";
-    if (property.name == "ro.vendor.perf.kap") {
+    if (property.name == KS_PROPERTY_APPS) {
         mApps = isTrue;
-    } else if (property.name == "ro.vendor.perf.kgm") {
+    } else if (property.name == KS_PROPERTY_GAMES) {
         mGames = isTrue;
     }
 }

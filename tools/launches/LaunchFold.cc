@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <limits>
-#include <string_view>
 
 #include "action/KestrelStartsFeatureHw.h"
 #include "host/AppState.h"
 #include "host/KestrelStartsHints.h"
 #include "host/linux/Elapsed.h"
 #include "host/linux/StateStore.h"
+#include "learning/LearningRules.h"
 #include "tools/base/TextScanner.h"
 
 namespace kestrel {
@@ -17,10 +17,6 @@ namespace {
 
 // Stands for the hardware profile where boosts have their handle; no handle is like it.
 constexpr int HARDWARE_PROFILE = std::numeric_limits<int>::min();
-
-// The status texts that end a learning.
-constexpr std::string_view FIRST_DECISION = "Data Complete - Eval Required";
-constexpr std::string_view LATER_DECISION = "Learning Complete - ENABLED KS";
 
 int64_t afterMs(int64_t t, int32_t durationMs) {
     int64_t sum = 0;
@@ -159,7 +155,7 @@ void LaunchFold::add(const record::Export& status) {
     tell([&](LaunchObserver& observer) {
         observer.onStatus({mT, status.app, status.text, status.value});
     });
-    if (status.text == FIRST_DECISION || status.text == LATER_DECISION) {
+    if (status.text == KS_STATUS_FIRST_DECISION || status.text == KS_STATUS_LATER_DECISION) {
         mark(status.app, AppMark::Kind::learned, status.value);
     }
 }

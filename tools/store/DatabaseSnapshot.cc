@@ -208,6 +208,19 @@ fs::path DatabaseSnapshot::copyOf(const fs::path& file) {
     return copy;
 }
 
+bool DatabaseSnapshot::hasTable(const std::string& table) {
+    lmstore::Statement statement;
+    const std::string sql = "SELECT 1 FROM sqlite_schema WHERE name = ?";
+    if (!statement.prepare(mDb.get(), sql) || statement.bindText(1, table) != SQLITE_OK) {
+        fail();
+    }
+    const int code = statement.step();
+    if (code != lmstore::Statement::ROW && code != lmstore::Statement::DONE) {
+        fail();
+    }
+    return code == lmstore::Statement::ROW;
+}
+
 void DatabaseSnapshot::forEachRow(const std::string& table, const LMDBDataRowKey& key,
                                   const std::function<void(const Row&)>& onRow) {
     lmstore::Statement statement;

@@ -31,6 +31,9 @@ class DatabaseSnapshot {
         std::string blob;  // bytes, as many as are stored
     };
 
+    // Whether anything of this name is in the schema.
+    bool hasTable(const std::string& table);
+
     // Passes on the rows of a table that match `key`, however many, in the order of their rowids.
     // After an error in the middle, the rows before it have been passed on.
     void forEachRow(const std::string& table, const LMDBDataRowKey& key,

@@ -44,9 +44,13 @@ bool holdsAny(const fs::path& folder, const std::string& featureName) {
     });
 }
 
+// Whose files are read: a host makes a table that is missing, where others are told that it is.
+enum class Reader { host, other };
+
 // Reads the rows of one table that the plug-in would find.
 StoreFile readTable(const fs::path& folder, const std::string& name, const char* table,
-                    const LMDBDataRowKey& key, const std::function<void(const Row&)>& onRow) {
+                    const LMDBDataRowKey& key, Reader reader,
+                    const std::function<void(const Row&)>& onRow) {
     StoreFile file{.name = name};
     std::error_code error;
     if (fs::symlink_status(folder / name, error).type() == fs::file_type::not_found) {
@@ -55,7 +59,9 @@ StoreFile readTable(const fs::path& folder, const std::string& name, const char*
     file.found = true;
     try {
         DatabaseSnapshot database(folder / name);
-        database.forEachRow(table, key, onRow);
+        if (reader == Reader::other || database.hasTable(table)) {
+            database.forEachRow(table, key, onRow);
+        }
         database.check();
     } catch (const std::runtime_error& damage) {
         file.damage = damage.what();
@@ -63,20 +69,20 @@ StoreFile readTable(const fs::path& folder, const std::string& name, const char*
     return file;
 }
 
-LearningStore readFolder(const fs::path& folder, const std::string& featureName) {
+LearningStore readFolder(const fs::path& folder, const std::string& featureName, Reader reader) {
     const auto names = databaseNames(featureName);
     const LMDBDataRowKey launchRows = launchKey(KS_LAUNCH_HINT, "");  // of all apps
     LearningStore store;
     store.files = {
-        readTable(folder, names[0], KS_INPUT_TABLE, launchRows,
+        readTable(folder, names[0], KS_INPUT_TABLE, launchRows, reader,
                   [&](const Row& row) {
                       store.apps[row.appName].launches.push_back(payloadOf<KSInputDbData>(row));
                   }),
-        readTable(folder, names[1], KS_OUTPUT_TABLE, launchRows,
+        readTable(folder, names[1], KS_OUTPUT_TABLE, launchRows, reader,
                   [&](const Row& row) {
                       store.apps[row.appName].records.push_back(payloadOf<KSPerfdOutput>(row));
                   }),
-        readTable(folder, names[2], KS_STATE_TABLE, LMDBDataRowKey{},
+        readTable(folder, names[2], KS_STATE_TABLE, LMDBDataRowKey{}, reader,
                   [&](const Row& row) {
                       if (isWritableRow(row.rowid)) {
                           store.apps[row.appName].state = payloadOf<AppState>(row);
@@ -112,7 +118,7 @@ LearningStore readLearningStore(const fs::path& root, const std::string& feature
     }
     for (const fs::path& folder : {databaseFolder(root), root}) {
         if (holdsAny(folder, featureName)) {
-            return readFolder(folder, featureName);
+            return readFolder(folder, featureName, Reader::other);
         }
     }
     const auto names = databaseNames(featureName);
@@ -122,7 +128,8 @@ LearningStore readLearningStore(const fs::path& root, const std::string& feature
 
 LearningStore readLearningStoreIfAny(const fs::path& root, const std::string& featureName) {
     const fs::path folder = databaseFolder(root);
-    return holdsAny(folder, featureName) ? readFolder(folder, featureName) : LearningStore{};
+    return holdsAny(folder, featureName) ? readFolder(folder, featureName, Reader::host)
+                                         : LearningStore{};
 }
 
 const KSPerfdOutput* recordOf(const StoredApp& stored) {

@@ -1,6 +1,7 @@
 #include "tools/views/Vocabulary.h"
 
 #include "host/AppState.h"
+#include "host/KestrelStartsHints.h"
 
 namespace kestrel {
 
@@ -111,6 +112,8 @@ const char* nextStepWord(NextStep next) {
 
 std::string switchWords(FeatureSwitch::State state) {
     using State = FeatureSwitch::State;
+    const std::string apps = KS_PROPERTY_APPS;
+    const std::string games = KS_PROPERTY_GAMES;
     switch (state) {
         case State::on:
             return {};
@@ -121,14 +124,13 @@ std::string switchWords(FeatureSwitch::State state) {
         case State::noProperties:
             return "the feature was off, since the performance service offers no properties";
         case State::appsOff:
-            return "the feature was off for apps, since ro.vendor.perf.kap is not \"true\"";
+            return "the feature was off for apps, since " + apps + " is not \"true\"";
         case State::gamesOff:
-            return "the feature was off for games, since ro.vendor.perf.kgm is not \"true\"";
+            return "the feature was off for games, since " + games + " is not \"true\"";
         case State::bothOff:
             break;
     }
-    return "the feature was off, since neither ro.vendor.perf.kap nor ro.vendor.perf.kgm is "
-           "\"true\"";
+    return "the feature was off, since neither " + apps + " nor " + games + " is \"true\"";
 }
 
 }  // namespace kestrel
