@@ -310,7 +310,7 @@ TEST_F(InspectTest, SeveralRecordsAndOddRowsAreShown) {
     EXPECT_EQ(apps.size(), 5U);
     EXPECT_EQ(apps.at("com.a/.Main").at("records"), 2);
     EXPECT_EQ(apps.at("com.new").at("learnedMs"), 0);
-    EXPECT_EQ(apps.at("com.b").at("state"), 0);
+    EXPECT_EQ(apps.at("com.b").at("state"), 99);
     EXPECT_EQ(apps.at("\ufffdmany").at("launchesStored"), 12000);
     EXPECT_EQ(apps.at("\ufffdmany").at("durationsMs").back(), 10);
     const std::string table = readOnly("inspect --root root").out;

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <string>
-#include <utility>
 
 #include "host/AppState.h"
 
@@ -18,10 +16,7 @@ inline std::string stateDbFile(const std::string& featureName) {
     return featureName + "State.db";
 }
 
-// An app's state is that of its newest row that can be written again.
-inline bool isWritableRow(int64_t rowid) {
-    return std::in_range<int32_t>(rowid);
-}
+// An app's state is that of its newest row, the one with the largest id.
 
 // The host takes an app that it finds in one of these back to APP_STATE_LEARNING.
 inline constexpr std::array KS_UNFINISHED_STATES = {APP_STATE_EVALUATING, APP_STATE_DECIDING,

@@ -140,9 +140,7 @@ LearningStore readLearningStore(const fs::path& root, const std::string& feature
                   }),
         readTable(folder, names[2], KS_STATE_TABLE, LMDBDataRowKey{},
                   [&](const Row& row) {
-                      if (isWritableRow(row.rowid)) {
-                          store.apps[row.appName].state = payloadOf<AppState>(row);
-                      }
+                      store.apps[row.appName].state = payloadOf<AppState>(row);  // the newest last
                   }),
     };
     if (const StoreFile& states = store.files.back(); states.found && states.damage.empty()) {
