@@ -4,14 +4,12 @@
 
 #include <sys/stat.h>
 
-#include <array>
-#include <cstdio>
-#include <cstring>
 #include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/DatabaseFile.h"
+#include "tests/support/LiveHost.h"
 #include "tests/support/ProgramRun.h"
 
 namespace kestrel {
@@ -176,40 +174,18 @@ TEST_F(InspectTest, ReadsWhateverStateTheFilesWereLeftIn) {
 
 TEST_F(InspectTest, ReadsUnderARunningHost) {
     fresh();
-    const std::string fifo = mProgram.path("records");
-    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    const std::string command = "cd '" + mProgram.path(".").string() +
-                                "' && " KESTREL_PROGRAM " replay --json --root root - >records";
-    using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-    Stream host(popen(command.c_str(), "w"), &pclose);
-    const Stream records(std::fopen(fifo.c_str(), "r"), &std::fclose);
-    ASSERT_TRUE(host != nullptr && records != nullptr);
+    LiveHost host(mProgram, "--root root");
     int t = 0;
-    const auto launch = [&](int count) {
-        std::fputs(launches("com.live", count, 300, t).c_str(), host.get());
-        std::fflush(host.get());
-    };
-    // Reads what the host prints up to a text. False: it has ended.
-    const auto waitFor = [&](const char* text) {
-        std::array<char, 4096> line{};
-        while (std::fgets(line.data(), line.size(), records.get()) != nullptr) {
-            EXPECT_EQ(std::strstr(line.data(), "ERROR"), nullptr) << line.data();
-            if (std::strstr(line.data(), text) != nullptr) {
-                return true;
-            }
-        }
-        return false;
-    };
     for (int stored = 1; stored <= 4; ++stored) {
-        launch(1);
-        ASSERT_TRUE(waitFor(R"("kind":"measured")"));
+        host.send(launches("com.live", 1, 300, t));
+        ASSERT_TRUE(host.waitFor(R"("kind":"measured")"));
         EXPECT_EQ(inspect()["com.live"]["launchesStored"], stored);
         EXPECT_EQ(inspect()["com.a/.Main"]["launchesSince"], 1);
     }
     // The host has noticed nothing.
-    launch(2);
-    ASSERT_TRUE(waitFor(R"("app":"com.live","state":4)"));
-    host.reset();
+    host.send(launches("com.live", 2, 300, t));
+    ASSERT_TRUE(host.waitFor(R"("app":"com.live","state":4)"));
+    EXPECT_EQ(host.end(), 0);
     EXPECT_EQ(inspect()["com.live"]["learnedMs"], 750);
 }
 

@@ -58,15 +58,24 @@ auto onOwnThread(Call call) {
     return std::async(std::launch::async, std::move(call)).get();
 }
 
-// Makes the device's directory below the root, and the root the working directory. Returns the root
-// as an absolute path without links.
-std::filesystem::path enterRoot(const std::filesystem::path& root) {
-    const std::filesystem::path directory = root / "data/vendor/lm";
+// The device's directory below a root.
+std::filesystem::path directoryBelow(const std::filesystem::path& root) {
+    return root / DEVICE_DIRECTORY.substr(1, DEVICE_DIRECTORY.size() - 2);
+}
+
+std::filesystem::path makeDirectory(const std::filesystem::path& root) {
+    const std::filesystem::path directory = directoryBelow(root);
     std::error_code error;
     std::filesystem::create_directories(directory, error);
     if (error) {
         throw std::runtime_error("cannot make " + directory.string() + ": " + error.message());
     }
+    return directory;
+}
+
+// Makes the root the working directory. Returns it as an absolute path without links.
+std::filesystem::path enterRoot(const std::filesystem::path& root) {
+    const std::filesystem::path directory = directoryBelow(root);
     if (access(directory.c_str(), W_OK | X_OK) != 0) {
         throw std::runtime_error("cannot write to " + directory.string() + ": " +
                                  std::strerror(errno));
@@ -78,7 +87,8 @@ std::filesystem::path enterRoot(const std::filesystem::path& root) {
 
 }  // namespace
 
-LinuxHost::LinuxHost(HostSetup setup, const Options& options, RecordSink sink) : mOptions(options) {
+LinuxHost::LinuxHost(HostSetup setup, const Options& options, RecordSink sink)
+    : mOptions(options), mLock(makeDirectory(options.root), options.root) {
     mOptions.root = enterRoot(options.root);
     const std::string root = mOptions.root.string();
     RelocatingVfs::install(root == "/" ? "" : root, mOptions.sync);

@@ -8,6 +8,7 @@
 #include "host/LmApi.h"
 #include "host/linux/HostRecord.h"
 #include "host/linux/HostSetup.h"
+#include "host/linux/RootLock.h"
 
 namespace kestrel {
 
@@ -28,7 +29,8 @@ class LM_API LinuxHost {
         std::string knobLibrary = "libskewknob.so";
     };
 
-    // Sets up the platform; the process's working directory becomes the root.
+    // Sets up the platform; the process's working directory becomes the root. A root is one host's
+    // at a time: when another one runs on it, this throws before it has changed anything.
     LinuxHost(HostSetup setup, const Options& options, RecordSink sink);
     ~LinuxHost();
     LinuxHost(const LinuxHost&) = delete;
@@ -51,6 +53,7 @@ class LM_API LinuxHost {
 
  private:
     Options mOptions;
+    RootLock mLock;
     void* mPlugin = nullptr;  // stays loaded: its singleton lives as long as the process
     std::unique_ptr<Feature> mFeature;
 };

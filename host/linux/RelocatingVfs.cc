@@ -1,15 +1,8 @@
 #include "host/linux/RelocatingVfs.h"
 
 #include <cstdio>
-#include <string_view>
 
 namespace kestrel {
-
-namespace {
-
-constexpr std::string_view DEVICE_DIRECTORY = "/data/vendor/lm/";
-
-}  // namespace
 
 RelocatingVfs::RelocatingVfs() : ForwardingVfs("kestrelhost") {}
 

@@ -4,11 +4,15 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "host/LmApi.h"
 #include "host/linux/ForwardingVfs.h"
 
 namespace kestrel {
+
+// Where the plug-ins have their databases on the device; below a root, where they are here.
+inline constexpr std::string_view DEVICE_DIRECTORY = "/data/vendor/lm/";
 
 // Puts the databases that the plug-ins name by their place on the device below a root of the host's
 // choice, and leaves flushing to the disk out when asked to.

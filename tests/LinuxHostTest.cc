@@ -1,0 +1,74 @@
+// The host's own life: whose root it is, how it ends, and what it cannot get.
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/DatabaseFile.h"
+#include "tests/support/LiveHost.h"
+#include "tests/support/ProgramRun.h"
+
+namespace kestrel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string LAUNCH = R"({"t":10,"hintId":4225,"hintType":1,"appName":"com.a/.Main"})"
+                           "\n";
+const std::string FRAME = R"({"t":500,"hintId":4103,"appName":"com.a"})"
+                          "\n";
+const std::string LEAVE = R"({"t":600,"hintId":4097,"appName":"com.b"})"
+                          "\n";
+
+class LinuxHostTest : public testing::Test {
+ protected:
+    // When everything below a directory was changed.
+    std::map<fs::path, fs::file_time_type> changes(const std::string& root) const {
+        std::map<fs::path, fs::file_time_type> times;
+        for (const auto& entry : fs::recursive_directory_iterator(mProgram.path(root))) {
+            times[entry.path()] = entry.last_write_time();
+        }
+        return times;
+    }
+
+    std::vector<std::string> stored(const std::string& root) const {
+        return DatabaseFile(mProgram.path(root) / "data/vendor/lm/KestrelStarts.db")
+            .run("SELECT appName, hex(blob) FROM KestrelStarts");
+    }
+
+    ProgramRun mProgram;
+};
+
+TEST_F(LinuxHostTest, ARootIsOneHostsAtATime) {
+    mProgram.write("trace.jsonl", LAUNCH + FRAME + LEAVE);
+    fs::create_directory_symlink("root", mProgram.path("link"));
+    fs::create_directory(mProgram.path("other"));
+    fs::create_directory_symlink("../root/data", mProgram.path("other/data"));
+    LiveHost host(mProgram, "--root root");
+    host.send(LAUNCH);
+    ASSERT_TRUE(host.waitFor(R"("kind":"meter")"));
+    const auto before = changes("root");
+    for (const std::string root : {"root", "root/.", "link", "other"}) {
+        SCOPED_TRACE(root);
+        const auto result = mProgram.run("replay --json --root " + root + " trace.jsonl");
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.err, "kestrelhost: " + root + ": another host is running on it\n");
+        EXPECT_EQ(result.out, "");
+    }
+    EXPECT_EQ(mProgram.run("inspect --root root").status, 0);
+    EXPECT_EQ(changes("root"), before);
+    EXPECT_EQ(mProgram.run("replay --root elsewhere trace.jsonl").status, 0);
+    host.send(FRAME + LEAVE);
+    ASSERT_TRUE(host.waitFor(R"("kind":"measured")"));
+    host.killNow();
+    EXPECT_EQ(host.end(), -1);
+    EXPECT_EQ(mProgram.run("replay --root root trace.jsonl").status, 0);
+    EXPECT_EQ(stored("root").size(), 2U);
+}
+
+}  // namespace
+
+}  // namespace kestrel
