@@ -22,6 +22,8 @@ const std::string FRAME = R"({"t":500,"hintId":4103,"appName":"com.a"})"
                           "\n";
 const std::string LEAVE = R"({"t":600,"hintId":4097,"appName":"com.b"})"
                           "\n";
+const std::string QUERY = R"({"t":900,"query":3,"appName":"com.a/.Main"})"
+                          "\n";
 
 class LinuxHostTest : public testing::Test {
  protected:
@@ -67,6 +69,39 @@ TEST_F(LinuxHostTest, ARootIsOneHostsAtATime) {
     EXPECT_EQ(host.end(), -1);
     EXPECT_EQ(mProgram.run("replay --root root trace.jsonl").status, 0);
     EXPECT_EQ(stored("root").size(), 2U);
+}
+
+TEST_F(LinuxHostTest, ALaunchThatHasDrawnItsFirstFrameIsMeasuredAtTheEnd) {
+    const std::string measured =
+        R"({"kind":"measured","t":900,"app":"com.a/.Main","duration":490,"aborted":false,"result":1})";
+    const struct {
+        const char* name;
+        std::string events;
+        std::string before;  // the record before that of the stop
+        std::size_t stored;
+        int status = 0;
+    } cases[] = {
+        {"open", LAUNCH + FRAME + QUERY, measured, 1},
+        {"open at a wrong line", LAUNCH + FRAME + QUERY + "{}\n", measured, 1, 2},
+        {"without a frame", LAUNCH + QUERY, "", 0},
+        {"frame of another app",
+         LAUNCH + R"({"t":20,"hintId":4103,"appName":"com.b"})" + "\n" + QUERY, "", 0},
+        {"ended before", LAUNCH + FRAME + LEAVE + QUERY, "", 1},
+        {"nothing", "", "", 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        fs::remove_all(mProgram.path("root"));
+        const auto result = mProgram.run("replay --json --root root -", c.events);
+        EXPECT_EQ(result.status, c.status) << result.err;
+        const auto lines = splitLines(result.out);
+        ASSERT_GE(lines.size(), 2U);
+        EXPECT_TRUE(lines.back().starts_with(R"({"kind":"stop")"));
+        const std::string& last = lines[lines.size() - 2];
+        EXPECT_EQ(last.starts_with(R"({"kind":"measured")") ? last : "", c.before);
+        EXPECT_EQ(stored("root"),
+                  std::vector<std::string>(c.stored, "com.a/.Main|EA01000000000000"));
+    }
 }
 
 }  // namespace

@@ -159,6 +159,12 @@ void LinuxHost::feedback(int64_t t, std::size_t line, int32_t hintId, int32_t hi
     runtime.record(record::Feedback{line, app, result, message.duration});
 }
 
+void LinuxHost::endInput() {
+    if (mFeature->mMetaMeter != nullptr) {
+        mFeature->mMetaMeter->endInput();
+    }
+}
+
 void LinuxHost::stop() {
     // What the service does with its idle time, before it shuts down.
     const std::atomic<bool> stopRequested{true};

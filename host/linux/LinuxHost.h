@@ -42,6 +42,8 @@ class LM_API LinuxHost {
     void query(int64_t t, std::size_t line, const std::string& app, int32_t type);
     void feedback(int64_t t, std::size_t line, int32_t hintId, int32_t hintType,
                   const std::string& app);
+    // Nothing more is delivered: a launch that has drawn its first frame has been measured.
+    void endInput();
     // Deletes the feature.
     void stop();
 

@@ -124,6 +124,7 @@ class Life {
         } catch (const InputError& error) {
             wrongInput = error;
         }
+        mHost.endInput();
         tell([&](LifeWatcher& watcher) { watcher.endInput(mHost.feature()); });
         mHost.stop();
         tell([&](LifeWatcher& watcher) { watcher.endLife(mHost.root()); });
