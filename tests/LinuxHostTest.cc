@@ -1,11 +1,20 @@
 // The host's own life: whose root it is, how it ends, and what it cannot get.
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdio>
 #include <map>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "host/linux/LinuxHost.h"
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/LiveHost.h"
 #include "tests/support/ProgramRun.h"
@@ -101,6 +110,52 @@ TEST_F(LinuxHostTest, ALaunchThatHasDrawnItsFirstFrameIsMeasuredAtTheEnd) {
         EXPECT_EQ(last.starts_with(R"({"kind":"measured")") ? last : "", c.before);
         EXPECT_EQ(stored("root"),
                   std::vector<std::string>(c.stored, "com.a/.Main|EA01000000000000"));
+    }
+}
+
+// What a process whose user may have so many threads in all says of it.
+[[noreturn]] void startWithThreads(const fs::path& root, rlim_t most) {
+    alarm(60);
+    const rlimit limit{most, most};
+    constexpr uid_t NOBODY_ELSE = 54321;
+    if (setrlimit(RLIMIT_NPROC, &limit) != 0 || (getuid() == 0 && setuid(NOBODY_ELSE) != 0)) {
+        std::perror("cannot be limited");
+        _exit(2);
+    }
+    try {
+        LinuxHost host({},
+                       {.root = root,
+                        .sync = false,
+                        .plugin = KESTREL_PLUGIN,
+                        .knobLibrary = KESTREL_KNOB_LIBRARY},
+                       [](const HostRecord&) {});
+        host.start(0);
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        _exit(std::string_view(error.what()).starts_with("cannot start a thread: ") ? 0 : 2);
+    }
+    _exit(1);
+}
+
+// The thread that constructs the feature, and the meter's.
+TEST_F(LinuxHostTest, AThreadThatCannotBeMadeEndsTheHost) {
+    // Another user may not be able to read them.
+    ASSERT_NE(dlopen(KESTREL_KNOB_LIBRARY, RTLD_NOW | RTLD_LOCAL), nullptr) << dlerror();
+    ASSERT_NE(dlopen(KESTREL_PLUGIN, RTLD_NOW | RTLD_LOCAL), nullptr) << dlerror();
+    const fs::path root = mProgram.path("root");
+    fs::create_directory(root);
+    fs::permissions(root.parent_path(), fs::perms::all);
+    fs::permissions(root, fs::perms::all);
+    for (const rlim_t most : {1U, 2U}) {
+        SCOPED_TRACE(most);
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            startWithThreads(root, most);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     }
 }
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <future>
+#include <functional>
 #include <stdexcept>
 #include <utility>
 
@@ -15,6 +15,7 @@
 #include "host/linux/HostRuntime.h"
 #include "host/linux/PlatformServices.h"
 #include "host/linux/RelocatingVfs.h"
+#include "host/linux/Worker.h"
 
 namespace kestrel {
 
@@ -53,9 +54,8 @@ FeatureInfo makeFeatureInfo(const HostSetup& setup) {
 }
 
 // Runs a call as another thread of the service would.
-template <class Call>
-auto onOwnThread(Call call) {
-    return std::async(std::launch::async, std::move(call)).get();
+void onOwnThread(const std::function<void()>& call) {
+    Worker().run(call);
 }
 
 // The device's directory below a root.
@@ -113,7 +113,7 @@ void LinuxHost::start(int64_t t) {
     mPlugin = load(mOptions.plugin);
     const FeatureRegistry::Factory factory = findFactory();
     if (factory != nullptr) {
-        mFeature.reset(onOwnThread([&] { return factory(makeFeatureInfo(runtime.setup())); }));
+        onOwnThread([&] { mFeature.reset(factory(makeFeatureInfo(runtime.setup()))); });
         runtime.setFeature(FEATURE_CLASS, mFeature.get());
     }
     runtime.record(record::Start{factory != nullptr, mFeature != nullptr});
@@ -138,7 +138,8 @@ void LinuxHost::query(int64_t t, std::size_t line, const std::string& app, int32
     runtime.setTime(t);
     featureData data;
     std::string name = app;
-    const int result = onOwnThread([&] { return mFeature->getData(name, data, type); });
+    int result = 0;
+    onOwnThread([&] { result = mFeature->getData(name, data, type); });
     runtime.record(record::Query{line, app, type, result, data.value});
 }
 
@@ -155,7 +156,8 @@ void LinuxHost::feedback(int64_t t, std::size_t line, int32_t hintId, int32_t hi
     message.hintId = static_cast<uint32_t>(hintId);
     message.hintType = hintType;
     std::memcpy(message.appName, app.data(), std::min(app.size(), sizeof(message.appName) - 1));
-    const int result = onOwnThread([&] { return feedbackFunction(&message); });
+    int result = 0;
+    onOwnThread([&] { result = feedbackFunction(&message); });
     runtime.record(record::Feedback{line, app, result, message.duration});
 }
 
