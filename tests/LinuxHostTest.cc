@@ -113,6 +113,31 @@ TEST_F(LinuxHostTest, ALaunchThatHasDrawnItsFirstFrameIsMeasuredAtTheEnd) {
     }
 }
 
+TEST_F(LinuxHostTest, TheDatabasesAreCompleteWithoutTheirLogs) {
+    std::ostringstream launches;
+    for (int t = 1000; t <= 7000; t += 1000) {
+        launches << R"({"t":)" << t << R"(,"hintId":4225,"hintType":1,"appName":"com.a"})"
+                 << "\n"
+                 << R"({"t":)" << t + 900 << R"(,"hintId":4103,"appName":"com.a"})"
+                 << "\n";
+    }
+    for (const std::string option : {"--sync", "--no-sync"}) {
+        SCOPED_TRACE(option);
+        fs::remove_all(mProgram.path("root"));
+        fs::remove_all(mProgram.path("copy"));
+        EXPECT_EQ(mProgram.run("replay --root root " + option + " -", launches.str()).status, 0);
+        fs::create_directory(mProgram.path("copy"));
+        for (const auto& file : fs::directory_iterator(mProgram.path("root/data/vendor/lm"))) {
+            if (file.path().extension() == ".db") {
+                fs::copy(file, mProgram.path("copy"));
+            }
+        }
+        const std::string shown = mProgram.run("inspect --root root").out;
+        EXPECT_NE(shown.find("learned          900"), std::string::npos) << shown;
+        EXPECT_EQ(mProgram.run("inspect --root copy").out, shown);
+    }
+}
+
 // What a process whose user may have so many threads in all says of it.
 [[noreturn]] void startWithThreads(const fs::path& root, rlim_t most) {
     alarm(60);

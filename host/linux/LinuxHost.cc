@@ -12,6 +12,7 @@
 
 #include "action/mpctl_msg.h"
 #include "host/Registry.h"
+#include "host/linux/Checkpoint.h"
 #include "host/linux/HostRuntime.h"
 #include "host/linux/PlatformServices.h"
 #include "host/linux/RelocatingVfs.h"
@@ -174,6 +175,8 @@ void LinuxHost::stop() {
     mFeature->runAsyncPeriodic(stopRequested);
     HostRuntime::instance().setFeature(FEATURE_CLASS, nullptr);
     onOwnThread([this] { mFeature.reset(); });
+    // The plug-in's singleton keeps its store open, and would leave its log as it is.
+    checkpointDatabases(directoryBelow(mOptions.root));
     HostRuntime::instance().record(record::Stop{});
 }
 

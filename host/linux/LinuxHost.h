@@ -44,7 +44,7 @@ class LM_API LinuxHost {
                   const std::string& app);
     // Nothing more is delivered: a launch that has drawn its first frame has been measured.
     void endInput();
-    // Deletes the feature.
+    // Deletes the feature. The database files are then complete, unless somebody reads them.
     void stop();
 
     // REQUIRES: between start and stop.
