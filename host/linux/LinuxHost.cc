@@ -180,4 +180,8 @@ void LinuxHost::stop() {
     HostRuntime::instance().record(record::Stop{});
 }
 
+std::string LinuxHost::featureVersion() const {
+    return std::to_string(mFeature->mMajorVersion) + "." + std::to_string(mFeature->mMinorVersion);
+}
+
 }  // namespace kestrel

@@ -47,8 +47,11 @@ class LM_API LinuxHost {
     // Deletes the feature. The database files are then complete, unless somebody reads them.
     void stop();
 
-    // REQUIRES: between start and stop.
+    // REQUIRES: here and below, between start and stop.
     Feature& feature() { return *mFeature; }
+
+    // "MAJOR.MINOR"
+    std::string featureVersion() const;
 
     // The root as an absolute path without links.
     const std::filesystem::path& root() const { return mOptions.root; }
