@@ -124,6 +124,7 @@ void deliverSilently(const std::string& trace) {
             host.deliver(object->t, object->line, std::move(event));
         }
     }
+    host.endInput();
     host.stop();
 }
 

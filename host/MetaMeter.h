@@ -36,6 +36,10 @@ class LM_API MetaMeter {
     // returns when that is done.
     void handOverFinishedRuns();
 
+    // The host's own: no more events come. Ends a run that has seen its first frame, drops one that
+    // has not, and hands over as above.
+    void endInput();
+
  private:
     std::unique_ptr<kestrel::MeterRuns> mRuns;
 };

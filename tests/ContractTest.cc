@@ -178,13 +178,13 @@ TEST_F(ContractTest, RecordsAreTheBytesInTheFiles) {
 }
 
 // Left by writes that failed, by another program, and by a crash between two states.
-TEST_F(ContractTest, TheNewestStateThatCanBeWrittenCounts) {
+TEST_F(ContractTest, TheNewestStateCounts) {
     start();
     callSlot<void>(std::exchange(mFeature, nullptr), 1);
     database("KestrelStartsState.db")
         .run(
             "INSERT INTO app_state(rowid, appName, blob) VALUES (1, 'com.a', x'01000000'),"
-            " (2, 'com.a', x'04000000'), (9223372036854775807, 'com.a', x'63000000'),"
+            " (2, 'com.a', x'63000000'), (9223372036854775807, 'com.a', x'04000000'),"
             " (3, 'com.short', x'01'), (4, 'com.long', x'0500000000'), (5, 'com.two', "
             "x'02000000')");
     start();
@@ -197,7 +197,40 @@ TEST_F(ContractTest, TheNewestStateThatCanBeWrittenCounts) {
     EXPECT_EQ(states.readState("com.two"), APP_STATE_EVALUATED);
     EXPECT_EQ(database("KestrelStartsState.db")
                   .run("SELECT rowid, hex(blob) FROM app_state WHERE appName = 'com.a'"),
-              (Lines{"2|63000000", "9223372036854775807|63000000"}));
+              Lines{"6|63000000"});
+    EXPECT_EQ(mHost.records<record::Log>().size(), 0U);
+}
+
+// Rows that the store cannot change, and above which it could not change new ones either.
+TEST_F(ContractTest, NoNumberOfARowStandsInTheWay) {
+    const struct {
+        const char* rowid;
+        const char* kept;
+    } cases[] = {{"1000", "1000"},    {"2147483646", "1"},          {"2147483647", "1"},
+                 {"5000000000", "1"}, {"9223372036854775807", "1"}, {"0", "1"},
+                 {"-1", "1"}};
+    start();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.rowid);
+        callSlot<void>(std::exchange(mFeature, nullptr), 1);
+        database("KestrelStartsState.db")
+            .run(std::string("DELETE FROM app_state; INSERT INTO app_state(rowid, appName, blob)"
+                             " VALUES (") +
+                 c.rowid + ", 'com.x', x'63000000')");
+        start({.featureName = "KestrelStarts", .disabledApps = {"com.off"}});
+        const std::string app = std::string("com.") + c.rowid;  // a new one
+        for (int i = 1; i <= 12; ++i) {
+            launchAndLeave(app);
+            launchAndLeave("com.off");
+        }
+        EXPECT_EQ(mHost.records<record::Measured>().size(), 5U);
+        EXPECT_EQ(mFeature->mFeatureState.readState("com.x"), APP_STATE_DISABLED);
+        EXPECT_EQ(database("KestrelStartsState.db")
+                      .run("SELECT appName, hex(blob) FROM app_state ORDER BY rowid"),
+                  (Lines{"com.x|63000000", "com.off|63000000", app + "|04000000"}));
+        EXPECT_EQ(database("KestrelStartsState.db").run("SELECT MIN(rowid) FROM app_state"),
+                  Lines{c.kept});
+    }
 }
 
 TEST_F(ContractTest, AFeedbackMessageIsAnsweredInItsDurationOnly) {

@@ -48,6 +48,10 @@ class DamageTest : public testing::Test {
         int t = 0;
         mProgram.write("before.jsonl", launches(LEARNED, 7, t) + launches(WAITING, 5, t));
         mProgram.write("launches.jsonl", launches(LEARNED, 7, t) + launches(WAITING, 7, t));
+        mProgram.write("home.jsonl", R"({"t":0,"hintId":4097,"appName":"com.home"})");
+        EXPECT_EQ(mProgram.run("replay --root good home.jsonl").status, 0);
+        // Of one database the log stays, as a crash leaves it.
+        const LogKeeper log(below(mProgram.path("good")) / "KestrelStartsAction.db");
         EXPECT_EQ(mProgram.run("replay --root good before.jsonl").status, 0);
     }
 
@@ -106,7 +110,6 @@ constexpr const char* FILES[] = {"KestrelStarts.db", "KestrelStartsAction.db",
                                  "KestrelStartsState.db"};
 
 TEST_F(DamageTest, EveryPageFlippedAndEveryFileCut) {
-    // The singleton's database is never closed, so that its log stays.
     for (const char* name : {FILES[0], FILES[1], FILES[2], "KestrelStartsAction.db-wal"}) {
         const std::string whole = read(below(mProgram.path("good")) / name);
         ASSERT_GT(whole.size(), 0U);

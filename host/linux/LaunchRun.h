@@ -13,7 +13,7 @@
 namespace kestrel {
 
 // One run of the launch meter, by its rule: the first frame of the launched package counts, up to
-// the launch's end or the next launch. Times in ms.
+// the launch's end, the next launch or the end of the input. Times in ms.
 class LaunchRun {
  public:
     LaunchRun(std::string app, int64_t beganT) : mApp(std::move(app)), mBeganT(beganT) {}

@@ -6,16 +6,18 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <future>
+#include <functional>
 #include <stdexcept>
 #include <utility>
 
 #include "action/mpctl_msg.h"
 #include "host/Registry.h"
+#include "host/linux/Checkpoint.h"
 #include "host/linux/HostRuntime.h"
 #include "host/linux/PlatformServices.h"
 #include "host/linux/RelocatingVfs.h"
 #include "host/linux/StateStore.h"
+#include "host/linux/Worker.h"
 
 namespace kestrel {
 
@@ -54,20 +56,23 @@ FeatureInfo makeFeatureInfo(const HostSetup& setup) {
 }
 
 // Runs a call as another thread of the service would.
-template <class Call>
-auto onOwnThread(Call call) {
-    return std::async(std::launch::async, std::move(call)).get();
+void onOwnThread(const std::function<void()>& call) {
+    Worker().run(call);
 }
 
-// Makes the device's directory below the root, and the root the working directory. Returns the root
-// as an absolute path without links.
-std::filesystem::path enterRoot(const std::filesystem::path& root) {
+std::filesystem::path makeDirectory(const std::filesystem::path& root) {
     const std::filesystem::path directory = databaseFolder(root);
     std::error_code error;
     std::filesystem::create_directories(directory, error);
     if (error) {
         throw std::runtime_error("cannot make " + directory.string() + ": " + error.message());
     }
+    return directory;
+}
+
+// Makes the root the working directory. Returns it as an absolute path without links.
+std::filesystem::path enterRoot(const std::filesystem::path& root) {
+    const std::filesystem::path directory = databaseFolder(root);
     if (access(directory.c_str(), W_OK | X_OK) != 0) {
         throw std::runtime_error("cannot write to " + directory.string() + ": " +
                                  std::strerror(errno));
@@ -79,7 +84,8 @@ std::filesystem::path enterRoot(const std::filesystem::path& root) {
 
 }  // namespace
 
-LinuxHost::LinuxHost(HostSetup setup, const Options& options, RecordSink sink) : mOptions(options) {
+LinuxHost::LinuxHost(HostSetup setup, const Options& options, RecordSink sink)
+    : mOptions(options), mLock(makeDirectory(options.root), options.root) {
     mOptions.root = enterRoot(options.root);
     const std::string root = mOptions.root.string();
     RelocatingVfs::install(root == "/" ? "" : root, mOptions.sync);
@@ -104,7 +110,7 @@ void LinuxHost::start(int64_t t) {
     mPlugin = load(mOptions.plugin);
     const FeatureRegistry::Factory factory = findFactory();
     if (factory != nullptr) {
-        mFeature.reset(onOwnThread([&] { return factory(makeFeatureInfo(runtime.setup())); }));
+        onOwnThread([&] { mFeature.reset(factory(makeFeatureInfo(runtime.setup()))); });
         runtime.setFeature(FEATURE_CLASS, mFeature.get());
     }
     runtime.record(record::Start{factory != nullptr, mFeature != nullptr});
@@ -129,7 +135,8 @@ void LinuxHost::query(int64_t t, std::size_t line, const std::string& app, int32
     runtime.setTime(t);
     featureData data;
     std::string name = app;
-    const int result = onOwnThread([&] { return mFeature->getData(name, data, type); });
+    int result = 0;
+    onOwnThread([&] { result = mFeature->getData(name, data, type); });
     runtime.record(record::Query{line, app, type, result, data.value});
 }
 
@@ -146,8 +153,15 @@ void LinuxHost::feedback(int64_t t, std::size_t line, int32_t hintId, int32_t hi
     message.hintId = static_cast<uint32_t>(hintId);
     message.hintType = hintType;
     std::memcpy(message.appName, app.data(), std::min(app.size(), sizeof(message.appName) - 1));
-    const int result = onOwnThread([&] { return feedbackFunction(&message); });
+    int result = 0;
+    onOwnThread([&] { result = feedbackFunction(&message); });
     runtime.record(record::Feedback{line, app, result, message.duration});
+}
+
+void LinuxHost::endInput() {
+    if (mFeature->mMetaMeter != nullptr) {
+        mFeature->mMetaMeter->endInput();
+    }
 }
 
 void LinuxHost::stop() {
@@ -157,7 +171,13 @@ void LinuxHost::stop() {
     mFeature->runAsyncPeriodic(stopRequested);
     HostRuntime::instance().setFeature(FEATURE_CLASS, nullptr);
     onOwnThread([this] { mFeature.reset(); });
+    // The plug-in's singleton keeps its store open, and would leave its log as it is.
+    checkpointDatabases(databaseFolder(mOptions.root));
     HostRuntime::instance().record(record::Stop{});
+}
+
+std::string LinuxHost::featureVersion() const {
+    return std::to_string(mFeature->mMajorVersion) + "." + std::to_string(mFeature->mMinorVersion);
 }
 
 }  // namespace kestrel

@@ -8,6 +8,7 @@
 #include "host/LmApi.h"
 #include "host/linux/HostRecord.h"
 #include "host/linux/HostSetup.h"
+#include "host/linux/RootLock.h"
 
 namespace kestrel {
 
@@ -28,7 +29,8 @@ class LM_API LinuxHost {
         std::string knobLibrary = "libskewknob.so";
     };
 
-    // Sets up the platform; the process's working directory becomes the root.
+    // Sets up the platform; the process's working directory becomes the root. A root is one host's
+    // at a time: when another one runs on it, this throws before it has changed anything.
     LinuxHost(HostSetup setup, const Options& options, RecordSink sink);
     ~LinuxHost();
     LinuxHost(const LinuxHost&) = delete;
@@ -40,19 +42,23 @@ class LM_API LinuxHost {
     void query(int64_t t, std::size_t line, const std::string& app, int32_t type);
     void feedback(int64_t t, std::size_t line, int32_t hintId, int32_t hintType,
                   const std::string& app);
-    void endInput() {}
-    std::string featureVersion() const { return "1.0"; }
-    // Deletes the feature.
+    // Nothing more is delivered: a launch that has drawn its first frame has been measured.
+    void endInput();
+    // Deletes the feature. The database files are then complete, unless somebody reads them.
     void stop();
 
-    // REQUIRES: between start and stop.
+    // REQUIRES: here and below, between start and stop.
     Feature& feature() { return *mFeature; }
+
+    // "MAJOR.MINOR"
+    std::string featureVersion() const;
 
     // The root as an absolute path without links.
     const std::filesystem::path& root() const { return mOptions.root; }
 
  private:
     Options mOptions;
+    RootLock mLock;
     void* mPlugin = nullptr;  // stays loaded: its singleton lives as long as the process
     std::unique_ptr<Feature> mFeature;
 };

@@ -56,6 +56,13 @@ void MeterRuns::finish() {
     mFinished.push_back(std::move(mOpen));
 }
 
+void MeterRuns::endInput() {
+    if (mOpen != nullptr && mOpen->run.frameT()) {
+        finish();
+    }
+    mOpen.reset();
+}
+
 void MeterRuns::handOver(MetaMeter& metaMeter) {
     if (mFinished.empty()) {
         return;
@@ -92,5 +99,10 @@ void MetaMeter::handleAsync(AsyncTriggerPayload const& payload) {
 }
 
 void MetaMeter::handOverFinishedRuns() {
+    mRuns->handOver(*this);
+}
+
+void MetaMeter::endInput() {
+    mRuns->endInput();
     mRuns->handOver(*this);
 }

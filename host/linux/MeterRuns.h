@@ -13,11 +13,13 @@ class MetaMeter;
 namespace kestrel {
 
 // The launch meter of one meta meter: one run at a time, from a launch hint to its end.
-// Threads: handleEvent on the event worker, handOver by the host between two events; the meter
+// Threads: handleEvent and endInput on the event worker, handOver by the host between two events;
+// the meter
 //          thread works only while handOver waits for it.
 class MeterRuns {
  public:
     void handleEvent(AsyncTriggerPayload const& payload);
+    void endInput();
     void handOver(MetaMeter& metaMeter);
 
  private:

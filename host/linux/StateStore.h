@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <filesystem>
 #include <string>
-#include <utility>
 
 #include "host/AppState.h"
 #include "lmdb/LMDBTypes.h"
@@ -25,10 +23,7 @@ inline std::filesystem::path databaseFolder(const std::filesystem::path& root) {
     return root / std::filesystem::path(LMDB_DIRECTORY).relative_path().parent_path();
 }
 
-// An app's state is that of its newest row that can be written again.
-inline bool isWritableRow(int64_t rowid) {
-    return std::in_range<int32_t>(rowid);
-}
+// An app's state is that of its newest row, the one with the largest id.
 
 // The host takes an app that it finds in one of these back to APP_STATE_LEARNING.
 inline constexpr std::array KS_UNFINISHED_STATES = {APP_STATE_EVALUATING, APP_STATE_DECIDING,

@@ -1,10 +1,15 @@
 #include "host/linux/Worker.h"
 
+#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace kestrel {
 
-Worker::Worker() : mThread([this] { loop(); }) {}
+Worker::Worker() try : mThread([this] { loop(); }) {
+} catch (const std::system_error& error) {
+    throw std::runtime_error("cannot start a thread: " + error.code().message());
+}
 
 Worker::~Worker() {
     {

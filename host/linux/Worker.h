@@ -10,6 +10,7 @@ namespace kestrel {
 
 // A thread that does one thing at a time for whoever waits for it.
 // Threads: run from one thread at a time.
+// Errors:  the constructor throws std::runtime_error when no thread can be made.
 class Worker {
  public:
     Worker();

@@ -44,4 +44,24 @@ class DatabaseFile {
     std::filesystem::path mPath;
 };
 
+// Reads a database for as long as it lives, so that what is written meanwhile stays in its log, and
+// does so afterwards.
+class LogKeeper {
+ public:
+    explicit LogKeeper(const std::filesystem::path& path) {
+        EXPECT_EQ(sqlite3_open_v2(path.c_str(), &mDb, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
+        sqlite3_db_config(mDb, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        EXPECT_EQ(
+            sqlite3_exec(mDb, "BEGIN; SELECT * FROM sqlite_schema", nullptr, nullptr, nullptr),
+            SQLITE_OK)
+            << path;
+    }
+    ~LogKeeper() { sqlite3_close(mDb); }
+    LogKeeper(const LogKeeper&) = delete;
+    LogKeeper& operator=(const LogKeeper&) = delete;
+
+ private:
+    sqlite3* mDb = nullptr;
+};
+
 }  // namespace kestrel

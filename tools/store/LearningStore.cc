@@ -84,9 +84,7 @@ LearningStore readFolder(const fs::path& folder, const std::string& featureName,
                   }),
         readTable(folder, names[2], KS_STATE_TABLE, LMDBDataRowKey{}, reader,
                   [&](const Row& row) {
-                      if (isWritableRow(row.rowid)) {
-                          store.apps[row.appName].state = payloadOf<AppState>(row);
-                      }
+                      store.apps[row.appName].state = payloadOf<AppState>(row);  // the newest last
                   }),
     };
     if (const StoreFile& states = store.files.back(); states.found && states.damage.empty()) {
