@@ -48,11 +48,13 @@ bool change(LMDatabase<AppState>& db, const std::string& sql) {
 // Whether a row has an id that the store cannot name it by, or so large a one that a new row, which
 // SQLite numbers above it, could get one. The store names rows by 32 bits, and a new row by 0.
 bool hasOddIds(LMDatabase<AppState>& db) {
-    constexpr int32_t LARGEST = std::numeric_limits<int32_t>::max() / 2;
+    using Limits = std::numeric_limits<int32_t>;
     lmstore::Statement statement;
     if (!statement.prepare(db.dbHandle, std::string("SELECT EXISTS (SELECT 1 FROM ") +
-                                            KS_STATE_TABLE + " WHERE rowid NOT BETWEEN 1 AND " +
-                                            std::to_string(LARGEST) + ")") ||
+                                            KS_STATE_TABLE +
+                                            " WHERE rowid = 0 OR rowid NOT BETWEEN " +
+                                            std::to_string(Limits::min()) + " AND " +
+                                            std::to_string(Limits::max() / 2) + ")") ||
         statement.step() != lmstore::Statement::ROW) {
         logFailure(db);
         return false;
