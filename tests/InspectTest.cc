@@ -325,9 +325,10 @@ TEST_F(InspectTest, SeveralRecordsAndOddRowsAreShown) {
 
 // Names every option that --help names.
 TEST_F(InspectTest, ManPageAndCompletionsKnowEveryOption) {
-    const std::string page = mProgram.run("man-page").out;
-    const std::string bash = mProgram.run("bash-completion").out;
-    const std::string zsh = mProgram.run("zsh-completion").out;
+    const fs::path texts = KESTREL_COMMAND_TEXTS;
+    const std::string page = mProgram.read(texts / "man/man1/kestrelhost.1");
+    const std::string bash = mProgram.read(texts / "bash-completion/completions/kestrelhost");
+    const std::string zsh = mProgram.read(texts / "zsh/site-functions/_kestrelhost");
     const std::string help = mProgram.run("--help").out;
     std::size_t options = 0;
     std::istringstream commands(help.substr(help.find("Subcommands:")));
