@@ -13,6 +13,7 @@
 
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/ProgramRun.h"
+#include "tests/support/Trace.h"
 
 namespace kestrel {
 
@@ -21,26 +22,14 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-// Launches with this duration, each closed by a switch to another app. `t` goes on from call to
-// call.
-std::string launches(const std::string& app, int count, int durationMs, int& t) {
-    std::ostringstream lines;
-    const std::string name = ",\"appName\":\"" + app + "\"}\n";
-    for (int i = 0; i < count; ++i, t += 60000) {
-        lines << R"({"t":)" << t << R"(,"hintId":4225,"hintType":1)" << name << R"({"t":)"
-              << t + durationMs << R"(,"hintId":4103)" << name << R"({"t":)" << t + 50000
-              << R"(,"hintId":4097,"appName":"com.home"})" << "\n";
-    }
-    return lines.str();
-}
-
 class InspectTest : public testing::Test {
  protected:
     InspectTest() {
-        int t = 0;
-        mProgram.write("launches.jsonl", launches("com.a/.Main", 7, 1000, t) +
-                                             launches("com.b", 2, 500, t) +
-                                             launches("com.z", 5, 700, t));
+        mProgram.write("launches.jsonl", Trace()
+                                             .launches("com.a/.Main", 7, 0, 1000)
+                                             .launches("com.b", 2, 7 * Trace::MINUTE, 500)
+                                             .launches("com.z", 5, 9 * Trace::MINUTE, 700)
+                                             .str());
         EXPECT_EQ(mProgram.run("replay --root good launches.jsonl").status, 0);
         fs::create_directory(mProgram.path("tmp"));
     }
@@ -184,10 +173,11 @@ TEST_F(InspectTest, ReadsUnderARunningHost) {
     Stream host(popen(command.c_str(), "w"), &pclose);
     const Stream records(std::fopen(fifo.c_str(), "r"), &std::fclose);
     ASSERT_TRUE(host != nullptr && records != nullptr);
-    int t = 0;
+    int64_t t = 0;
     const auto launch = [&](int count) {
-        std::fputs(launches("com.live", count, 300, t).c_str(), host.get());
+        std::fputs(Trace().launches("com.live", count, t, 300).str().c_str(), host.get());
         std::fflush(host.get());
+        t += count * Trace::MINUTE;
     };
     // Reads what the host prints up to a text. False: it has ended.
     const auto waitFor = [&](const char* text) {
