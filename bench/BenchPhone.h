@@ -13,6 +13,7 @@
 #include "host/DynamicLoader.h"
 #include "host/linux/HostRuntime.h"
 #include "host/linux/RelocatingVfs.h"
+#include "tests/support/Payload.h"
 
 inline constexpr const char* DEVICE_DIRECTORY = "/data/vendor/lm/";
 
@@ -108,13 +109,3 @@ class BenchPhone {
  private:
     std::unique_ptr<KestrelStartsFeature> mFeature;
 };
-
-inline AsyncTriggerPayload benchEvent(const std::string& app, int32_t hintId, int32_t hintType) {
-    AsyncTriggerPayload event;
-    event.hintId = hintId;
-    event.hintType = hintType;
-    event.appName = app;
-    event.featureVersion = 1;
-    event.dataVersion = KS_DATA_VERSION;
-    return event;
-}

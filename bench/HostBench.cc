@@ -119,7 +119,8 @@ void deliverSilently(const std::string& trace) {
     host.start(inputs.firstT());
     while (const auto object = inputs.next()) {
         if (const auto* hint = std::get_if<HintEvent>(&object->what)) {
-            AsyncTriggerPayload event = benchEvent(hint->appName, hint->hintId, hint->hintType);
+            AsyncTriggerPayload event =
+                kestrel::eventOf(hint->appName, hint->hintId, hint->hintType);
             event.launchType = hint->launchType;
             host.deliver(object->t, object->line, std::move(event));
         }
@@ -152,7 +153,7 @@ Json loadedMemory(const std::string& root) {
     const long dirtyBefore = memoryKib("Private_Dirty");
     host.start(0);
     // The output store opens with the first event.
-    host.deliver(1, 1, benchEvent("com.example.a", KS_HINT_APP_SWITCH, 0));
+    host.deliver(1, 1, kestrel::eventOf("com.example.a", KS_HINT_APP_SWITCH, 0));
     const Json memory = {{"residentKib", memoryKib("Rss") - before},
                          {"dirtyKib", memoryKib("Private_Dirty") - dirtyBefore}};
     host.stop();
@@ -183,7 +184,7 @@ Json footprint() {
     state[0].blob = APP_STATE_LEARNED;
     stores.output.write(record);
     stores.state.write(state);
-    const AsyncTriggerPayload launch = benchEvent(app, KS_LAUNCH_HINT, KS_HINT_TYPE_LAUNCH);
+    const AsyncTriggerPayload launch = kestrel::eventOf(app, KS_LAUNCH_HINT, KS_HINT_TYPE_LAUNCH);
     result["learnedLaunch"] = countAllocations([&] { phone.feature().runAsync(launch); });
     KestrelStartsAction& action = *KestrelStartsAction::getInstance(&phone.feature());
     result["boostRequest"] =

@@ -229,10 +229,10 @@ class LaunchPair {
 
     BenchPhone::Times deliver(const std::string& app) {
         if (mScenario.hintId != 0 || mScenario.hintType != 0) {
-            return mPhone.deliver(benchEvent(app, mScenario.hintId, mScenario.hintType));
+            return mPhone.deliver(kestrel::eventOf(app, mScenario.hintId, mScenario.hintType));
         }
         KestrelStartsFeature& feature = mPhone.feature();
-        const AsyncTriggerPayload event = benchEvent(app, KS_LAUNCH_HINT, 1);
+        const AsyncTriggerPayload event = kestrel::eventOf(app, KS_LAUNCH_HINT, 1);
         const auto begin = BenchClock::now();
         feature.checkWriteOutputDB(KestrelStartsAction::getInstance(&feature), event);
         return {0, 0, nanoseconds(BenchClock::now() - begin)};
@@ -321,16 +321,17 @@ void registerLaunches() {
 }
 
 void registerEvents() {
-    AsyncTriggerPayload wrongVersion = benchEvent(appName(1), KS_LAUNCH_HINT, 1);
+    AsyncTriggerPayload wrongVersion = kestrel::eventOf(appName(1), KS_LAUNCH_HINT, 1);
     wrongVersion.dataVersion = KS_DATA_VERSION - 1;
     const struct {
         const char* name;
         AsyncTriggerPayload event;
     } cases[] = {
-        {"other-identifier", benchEvent(appName(1), 4242, 0)},
-        {"other-type", benchEvent(appName(1), KS_LAUNCH_HINT, 2)},
-        {"ignored-app", benchEvent("com.example.ignored.by.the.feature/.Main", 4097, 0)},
-        {"launcher", benchEvent("com.android.launcher3/.uioverrides.Launcher", KS_LAUNCH_HINT, 1)},
+        {"other-identifier", kestrel::eventOf(appName(1), 4242, 0)},
+        {"other-type", kestrel::eventOf(appName(1), KS_LAUNCH_HINT, 2)},
+        {"ignored-app", kestrel::eventOf("com.example.ignored.by.the.feature/.Main", 4097, 0)},
+        {"launcher",
+         kestrel::eventOf("com.android.launcher3/.uioverrides.Launcher", KS_LAUNCH_HINT, 1)},
         {"wrong-version", wrongVersion},
     };
     for (const auto& c : cases) {

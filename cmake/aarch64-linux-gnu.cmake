@@ -1,5 +1,5 @@
-# Builds for AArch64 Linux with Clang, against the sysroot that make-sysroot.sh makes; what was built
-# is run by an emulator.
+# Builds for AArch64 Linux with Clang, against the sysroot that scripts/make-sysroot.sh makes; what was
+# built is run by an emulator.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)

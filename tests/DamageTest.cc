@@ -12,6 +12,7 @@
 
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/ProgramRun.h"
+#include "tests/support/Trace.h"
 
 namespace kestrel {
 
@@ -30,15 +31,12 @@ std::string joined(std::initializer_list<std::string_view> parts) {
 // Launches of 400 ms, each with a query, while another app is removed. `t` goes on from call to
 // call.
 std::string launches(const std::string& app, int count, int& t) {
-    std::ostringstream lines;
-    const std::string name = ",\"appName\":\"" + app + "\"}\n";
+    Trace trace;
     for (int i = 0; i < count; ++i, t += 1000) {
-        lines << R"({"t":)" << t << R"(,"hintId":4225,"hintType":1)" << name << R"({"t":)" << t
-              << R"(,"query":3)" << name << R"({"t":)" << t + 400 << R"(,"hintId":4103)" << name
-              << R"({"t":)" << t + 500 << R"(,"hintId":4097,"appName":"com.home"})" << "\n"
-              << R"({"t":)" << t + 500 << R"(,"hintId":4164,"appName":"com.b"})" << "\n";
+        trace.launch(app, t).query(app, t).frame(app, t + 400).leave(t + 500);
+        trace.event("com.b", t + 500, 4164);
     }
-    return lines.str();
+    return trace.str();
 }
 
 class DamageTest : public testing::Test {
@@ -258,13 +256,13 @@ TEST_F(DamageTest, AnyNameIsOnlyAName) {
         "..//../etc/passwd",
         "\\ud83d\\ude00",
     };
+    const char* extreme =
+        R"(,"hintArg":-2147483648,"launchType":2147483647,"launchArg":-2147483648)";
     std::string lines;
     for (const std::string& name : names) {
         for (const auto& [id, type] : std::initializer_list<std::pair<int, int>>{
                  {4225, 1}, {4225, 1}, {4103, 0}, {4097, 0}, {4225, 103}, {4164, 0}}) {
-            lines += R"({"t":1,"hintId":)" + std::to_string(id) + R"(,"hintType":)" +
-                     std::to_string(type) + R"(,"hintArg":-2147483648,"launchType":2147483647,)" +
-                     R"("launchArg":-2147483648,"appName":")" + name + "\"}\n";
+            lines += Trace().event(name, 1, id, type, extreme).str();
         }
         lines += R"({"t":1,"feedback":{"hintId":4225,"hintType":8,"appName":")" + name + "\"}}\n";
     }

@@ -8,13 +8,10 @@
 #include <nlohmann/json.hpp>
 #include <random>
 #include <set>
-#include <sstream>
 
 #include "tests/support/ProgramRun.h"
 #include "tests/support/RecordStream.h"
-#include "tools/input/Input.h"
-#include "tools/session/HostLife.h"
-#include "tools/views/EvaluationData.h"
+#include "tests/support/Trace.h"
 
 namespace kestrel {
 
@@ -101,35 +98,34 @@ std::string randomTrace(unsigned seed) {
     const auto below = [&](std::size_t n) { return random() % n; };
     const std::vector<std::string> apps = {"com.a/.Main", "com.b", "com.a", "com.keyboard",
                                            "com.android.launcher3"};
-    const std::string launch = R"(4225,"hintType":1)";
-    const std::vector<std::string> kinds = {launch,
-                                            launch,
-                                            launch + R"(,"launchType":2)",
-                                            "4103",
-                                            "4103",
-                                            "4103",
-                                            R"(4103,"dataVersion":1)",
-                                            "4097",
-                                            "4160",
-                                            R"(1,"hintType":103)"};
-    std::string trace = R"({"host":{"ignoredApps":["com.keyboard"],"properties":{)"
-                        R"("ro.vendor.perf.kap":"true","ro.vendor.perf.kgm":"true",)"
-                        R"("ro.vendor.perf.attach.hint.ks":"true","ro.vendor.perf.kplh":"true"}}})"
-                        "\n";
+    const struct {
+        int hintId;
+        int hintType = 0;
+        const char* more = "";
+    } kinds[] = {{4225, 1}, {4225, 1}, {4225, 1, R"(,"launchType":2)"},  {4103},
+                 {4103},    {4103},    {4103, 0, R"(,"dataVersion":1)"}, {4097},
+                 {4160},    {1, 103}};
+    const std::string setUp =
+        R"({"host":{"ignoredApps":["com.keyboard"],"properties":{)"
+        R"("ro.vendor.perf.kap":"true","ro.vendor.perf.kgm":"true",)"
+        R"("ro.vendor.perf.attach.hint.ks":"true","ro.vendor.perf.kplh":"true"}}})"
+        "\n";
+    Trace trace;
     int64_t t = 0;
     std::string launched;
     for (int i = 0; i < 1000; ++i) {
         t += static_cast<int64_t>(below(3) * below(below(4) == 0 ? 10000 : 400));
-        const std::string& kind = kinds[below(kinds.size())];
-        const bool ofLaunched = kind.starts_with("4103") && below(4) != 0;
+        const auto& kind = kinds[below(std::size(kinds))];
+        const bool ofLaunched = kind.hintId == 4103 && below(4) != 0;
         const std::string& app = ofLaunched ? launched : apps[below(apps.size())];
-        if (kind.starts_with(launch)) {
-            launched = app;
+        launched = kind.hintId == 4225 ? app : launched;
+        if (i % 400 == 399) {
+            trace.event(app, t, 4164);
+        } else {
+            trace.event(app, t, kind.hintId, kind.hintType, kind.more);
         }
-        trace += "{\"t\":" + std::to_string(t) + ",\"hintId\":" + (i % 400 == 399 ? "4164" : kind) +
-                 ",\"appName\":\"" + app + "\"}\n";
     }
-    return trace;
+    return setUp + trace.str();
 }
 
 class EvaluationTest : public testing::TestWithParam<std::string> {
@@ -153,14 +149,11 @@ class EvaluationTest : public testing::TestWithParam<std::string> {
 
     // What a report shows.
     Json pageData() {
-        std::string name = trace();
-        std::erase(name, '\'');
-        InputSequence inputs({GetParam().size() > 1 ? name : mProgram.path(name).string()}, {},
-                             InputKinds::tracesAndLogs);
-        Evaluation evaluation;
-        std::ostringstream text;
-        playLife(inputs, {.root = mProgram.path("root"), .sync = false}, {&evaluation}, text);
-        return Json::parse(toJson(evaluation, {name}, EvaluationDetail::launches).dump());
+        output("report --out page.html " + trace());
+        const std::string page = mProgram.read("page.html");
+        const std::string element = R"(<script type="application/json" id="data">)";
+        const std::size_t begin = page.find(element) + element.size();
+        return Json::parse(page.substr(begin, page.find("</script>", begin) - begin));
     }
 
     ProgramRun mProgram;
@@ -275,10 +268,7 @@ INSTANTIATE_TEST_SUITE_P(
         return name;
     });
 
-constexpr const char* LAUNCH = R"({"t":10,"hintId":4225,"hintType":1,"appName":"com.a"})"
-                               "\n";
-constexpr const char* FRAME = R"({"t":500,"hintId":4103,"appName":"com.a"})"
-                              "\n";
+const std::string LAUNCH = Trace().launch("com.a", 10).str();
 
 TEST(EvaluateTest, TablesFitEightyColumns) {
     const ProgramRun program;
@@ -333,7 +323,8 @@ TEST(EvaluateTest, FilesThatCannotBeWrittenAreToldBeforeAnythingIsPlayed) {
 
 TEST(EvaluateTest, WhatArrivesLiveBeforeAWrongLineIsTold) {
     const ProgramRun program;
-    const std::string input = std::string(LAUNCH) + FRAME + "{\"t\":700}\n";
+    const std::string input =
+        Trace().launch("com.a", 10).frame("com.a", 500).str() + "{\"t\":700}\n";
     auto result = program.run("evaluate --json -", input);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err, "-:3: the key \"hintId\" is missing\n");

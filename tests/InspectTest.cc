@@ -12,6 +12,7 @@
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/LiveHost.h"
 #include "tests/support/ProgramRun.h"
+#include "tests/support/Trace.h"
 
 namespace kestrel {
 
@@ -20,26 +21,14 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-// Launches with this duration, each closed by a switch to another app. `t` goes on from call to
-// call.
-std::string launches(const std::string& app, int count, int durationMs, int& t) {
-    std::ostringstream lines;
-    const std::string name = ",\"appName\":\"" + app + "\"}\n";
-    for (int i = 0; i < count; ++i, t += 60000) {
-        lines << R"({"t":)" << t << R"(,"hintId":4225,"hintType":1)" << name << R"({"t":)"
-              << t + durationMs << R"(,"hintId":4103)" << name << R"({"t":)" << t + 50000
-              << R"(,"hintId":4097,"appName":"com.home"})" << "\n";
-    }
-    return lines.str();
-}
-
 class InspectTest : public testing::Test {
  protected:
     InspectTest() {
-        int t = 0;
-        mProgram.write("launches.jsonl", launches("com.a/.Main", 7, 1000, t) +
-                                             launches("com.b", 2, 500, t) +
-                                             launches("com.z", 5, 700, t));
+        mProgram.write("launches.jsonl", Trace()
+                                             .launches("com.a/.Main", 7, 0, 1000)
+                                             .launches("com.b", 2, 7 * Trace::MINUTE, 500)
+                                             .launches("com.z", 5, 9 * Trace::MINUTE, 700)
+                                             .str());
         EXPECT_EQ(mProgram.run("replay --root good launches.jsonl").status, 0);
         fs::create_directory(mProgram.path("tmp"));
     }
@@ -182,8 +171,14 @@ TEST_F(InspectTest, ReadsWhateverStateTheFilesWereLeftIn) {
 TEST_F(InspectTest, ReadsAtOnceWhatAHostLeftThatWasKilledAsItBegan) {
     fresh();
     const auto all = inspect();
-    const std::string header = mProgram.read(folder() / "KestrelStartsAction.db-wal").substr(0, 32);
-    ASSERT_EQ(header.size(), 32U);
+    std::string header;
+    {
+        LiveHost host(mProgram, "--root other");
+        host.send(Trace().leave(0).str());
+        ASSERT_TRUE(host.waitFor(R"("kind":"event")"));
+        header = mProgram.read("other/data/vendor/lm/KestrelStartsState.db-wal").substr(0, 32);
+        ASSERT_EQ(header.size(), 32U);
+    }
     for (const std::string& log : {std::string(), header.substr(0, 20), header}) {
         for (const std::size_t indexSize : {0UL, 32768UL}) {
             SCOPED_TRACE(std::to_string(log.size()) + ", " + std::to_string(indexSize));
@@ -224,8 +219,7 @@ TEST_F(InspectTest, ReplayAndInspectTellTheSameRecord) {
             "INSERT INTO output_table VALUES (7, 'com.a/.Main', NULL, "
             "x'00000000000000000f270000')");
     EXPECT_EQ(inspect().at("com.a/.Main").at("learnedMs"), 1000);
-    int t = 0;
-    mProgram.write("again.jsonl", launches("com.a/.Main", 1, 1000, t));
+    mProgram.write("again.jsonl", Trace().launches("com.a/.Main", 1, 0, 1000).str());
     const std::string out = mProgram.run("replay --root root again.jsonl").out;
     EXPECT_TRUE(
         out.ends_with("com.a/.Main                           1        0  learned         "
@@ -236,15 +230,19 @@ TEST_F(InspectTest, ReplayAndInspectTellTheSameRecord) {
 TEST_F(InspectTest, ReadsUnderARunningHost) {
     fresh();
     LiveHost host(mProgram, "--root root");
-    int t = 0;
+    int64_t t = 0;
+    const auto launch = [&](int count) {
+        host.send(Trace().launches("com.live", count, t, 300).str());
+        t += count * Trace::MINUTE;
+    };
     for (int stored = 1; stored <= 4; ++stored) {
-        host.send(launches("com.live", 1, 300, t));
+        launch(1);
         ASSERT_TRUE(host.waitFor(R"("kind":"measured")"));
         EXPECT_EQ(inspect()["com.live"]["launchesStored"], stored);
         EXPECT_EQ(inspect()["com.a/.Main"]["launchesSince"], 1);
     }
     // The host has noticed nothing.
-    host.send(launches("com.live", 2, 300, t));
+    launch(2);
     ASSERT_TRUE(host.waitFor(R"("app":"com.live","state":4)"));
     EXPECT_EQ(host.end(), 0);
     EXPECT_EQ(inspect()["com.live"]["learnedMs"], 750);
@@ -362,9 +360,10 @@ TEST_F(InspectTest, SeveralRecordsAndOddRowsAreShown) {
 
 // Names every option that --help names.
 TEST_F(InspectTest, ManPageAndCompletionsKnowEveryOption) {
-    const std::string page = mProgram.run("man-page").out;
-    const std::string bash = mProgram.run("bash-completion").out;
-    const std::string zsh = mProgram.run("zsh-completion").out;
+    const fs::path texts = KESTREL_COMMAND_TEXTS;
+    const std::string page = mProgram.read(texts / "man/man1/kestrelhost.1");
+    const std::string bash = mProgram.read(texts / "bash-completion/completions/kestrelhost");
+    const std::string zsh = mProgram.read(texts / "zsh/site-functions/_kestrelhost");
     const std::string help = mProgram.run("--help").out;
     std::size_t options = 0;
     std::istringstream commands(help.substr(help.find("Subcommands:")));

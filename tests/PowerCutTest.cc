@@ -14,8 +14,10 @@
 
 #include "host/linux/LinuxHost.h"
 #include "tests/support/DatabaseFile.h"
+#include "tests/support/Payload.h"
 #include "tests/support/PowerCutVfs.h"
 #include "tests/support/ProgramRun.h"
+#include "tests/support/Trace.h"
 
 namespace kestrel {
 
@@ -23,12 +25,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Event {
-    int32_t hintId;
-    int32_t hintType;
-    std::string app;
-};
-using Story = std::vector<Event>;
+using Story = std::vector<AsyncTriggerPayload>;
 
 const std::string APP = "com.a/.Main";
 const fs::path DIRECTORY = "data/vendor/lm";
@@ -44,23 +41,22 @@ Story operator+(Story first, const Story& second) {
 Story launches(int count, const std::string& app = APP) {
     Story story;
     for (int i = 0; i < count; ++i) {
-        story = story + Story{{4225, 1, app}, {4103, 0, app}, {4097, 0, "com.home"}};
+        story = story + Story{launchOf(app), eventOf(app, 4103, 0), eventOf("com.home", 4097, 0)};
     }
     return story;
 }
 
-const Story REMOVAL = {{4164, 0, APP}};
+const Story REMOVAL = {eventOf(APP, 4164, 0)};
 const Story UNTIL_LEARNED = launches(12);
 
-std::string toTrace(const Story& story, std::size_t from = 0) {
-    std::string lines;
-    for (std::size_t i = from; i < story.size(); ++i) {
-        lines += "{\"t\":" + std::to_string(400 * i) +
-                 ",\"hintId\":" + std::to_string(story[i].hintId) +
-                 ",\"hintType\":" + std::to_string(story[i].hintType) + ",\"appName\":\"" +
-                 story[i].app + "\"}\n";
+std::string toTrace(const Story& story) {
+    Trace trace;
+    int64_t t = 0;
+    for (const AsyncTriggerPayload& event : story) {
+        trace.event(event.appName, t, event.hintId, event.hintType);
+        t += 400;
     }
-    return lines;
+    return trace.str();
 }
 
 // All rows of the databases that are there.
@@ -157,13 +153,7 @@ class PowerCutTest : public testing::Test {
         host.start(0);
         for (std::size_t i = 0; i < story.size(); ++i) {
             vfs.event = i;
-            AsyncTriggerPayload payload;
-            payload.hintId = story[i].hintId;
-            payload.hintType = story[i].hintType;
-            payload.appName = story[i].app;
-            payload.featureVersion = 1;
-            payload.dataVersion = 112;
-            host.deliver(static_cast<int64_t>(400 * i), i, payload);
+            host.deliver(static_cast<int64_t>(400 * i), i, story[i]);
             before.push_back(dumpAll(root));
             vfs.images.push_back(vfs.take());
         }

@@ -5,17 +5,15 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/support/ProgramRun.h"
+#include "tests/support/Trace.h"
 
 namespace kestrel {
 
 namespace {
 
-constexpr const char* LAUNCH = R"({"t":10,"hintId":4225,"hintType":1,"appName":"com.a"})"
-                               "\n";
-constexpr const char* FRAME = R"({"t":500,"hintId":4103,"appName":"com.a"})"
-                              "\n";
-constexpr const char* LEAVE = R"({"t":600,"hintId":4097,"appName":"com.b"})"
-                              "\n";
+const std::string LAUNCH = Trace().launch("com.a", 10).str();
+const std::string FRAME = Trace().frame("com.a", 500).str();
+const std::string LEAVE = Trace().leave(600).str();
 
 class ProgramTest : public testing::Test {
  protected:
@@ -71,7 +69,7 @@ TEST_F(ProgramTest, WrongTracesAreToldByFileAndLineAndChangeNothing) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        mProgram.write("bad.jsonl", std::string("# comment\n\n") + LAUNCH + c.lines + "\n" + LEAVE);
+        mProgram.write("bad.jsonl", "# comment\n\n" + LAUNCH + c.lines + "\n" + LEAVE);
         mProgram.write("good.jsonl", LAUNCH);
         const auto result = mProgram.run("replay --json --root root good.jsonl bad.jsonl");
         EXPECT_EQ(result.status, 2);
@@ -160,9 +158,8 @@ TEST_F(ProgramTest, WrongCommandLinesAndFiles) {
 }
 
 TEST_F(ProgramTest, WhatArrivesLiveBeforeAWrongLineStaysStored) {
-    const auto result =
-        mProgram.run("replay --json --root root -",
-                     std::string(LAUNCH) + FRAME + LEAVE + "{\"t\":700}\n" + LAUNCH);
+    const auto result = mProgram.run("replay --json --root root -",
+                                     LAUNCH + FRAME + LEAVE + "{\"t\":700}\n" + LAUNCH);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err, "-:4: the key \"hintId\" is missing\n");
     EXPECT_EQ(eventTimes(result.out), (std::vector<int64_t>{10, 500, 600}));
@@ -175,15 +172,15 @@ TEST_F(ProgramTest, WhatArrivesLiveBeforeAWrongLineStaysStored) {
 }
 
 TEST_F(ProgramTest, InputsFollowEachOtherOnOneClock) {
-    mProgram.write("a.jsonl", std::string("{\"host\":{\"ignoredApps\":[\"com.x\"]}}\n") + LAUNCH +
-                                  FRAME + LEAVE);
-    mProgram.write("b.jsonl", std::string(LAUNCH) + FRAME);
+    mProgram.write("a.jsonl",
+                   "{\"host\":{\"ignoredApps\":[\"com.x\"]}}\n" + LAUNCH + FRAME + LEAVE);
+    mProgram.write("b.jsonl", LAUNCH + FRAME);
     mProgram.write("none.jsonl", "# nothing\n");
     auto result = mProgram.run("replay --json a.jsonl none.jsonl b.jsonl - a.jsonl", LAUNCH);
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(eventTimes(result.out),
               (std::vector<int64_t>{10, 500, 600, 1600, 2090, 3090, 4090, 4580, 4680}));
-    mProgram.write("c.jsonl", std::string("{\"host\":{}}\n") + LAUNCH);
+    mProgram.write("c.jsonl", "{\"host\":{}}\n" + LAUNCH);
     result = mProgram.run("replay a.jsonl c.jsonl");
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err.find("c.jsonl: its host set-up differs from that of a.jsonl"), 0U);
@@ -197,7 +194,7 @@ TEST_F(ProgramTest, InputsFollowEachOtherOnOneClock) {
 }
 
 TEST_F(ProgramTest, RunsOnARootContinueAndStayBelowIt) {
-    mProgram.write("trace.jsonl", std::string(LAUNCH) + FRAME + LEAVE);
+    mProgram.write("trace.jsonl", LAUNCH + FRAME + LEAVE);
     const std::string before = mProgram.run("replay --json trace.jsonl").out;
     EXPECT_EQ(mProgram.run("replay --json --root root trace.jsonl").out, before);
     for (int life = 2; life <= 5; ++life) {
@@ -226,8 +223,7 @@ TEST_F(ProgramTest, RunsOnARootContinueAndStayBelowIt) {
 TEST_F(ProgramTest, NamesAreCutForTheServiceAndPrintedAsText) {
     // The cut at 127 bytes falls into the last letter.
     const std::string name = std::string(126, 'a') + "\u00e4";
-    mProgram.write("trace.jsonl",
-                   R"({"t":1,"hintId":4225,"hintType":1,"appName":")" + name + "\"}\n");
+    mProgram.write("trace.jsonl", Trace().launch(name, 1).str());
     const std::string out = mProgram.run("replay --json trace.jsonl").out;
     EXPECT_NE(out.find("\"app\":\"" + std::string(126, 'a') + "\ufffd\",\"duration\":15000"),
               std::string::npos)
@@ -236,19 +232,8 @@ TEST_F(ProgramTest, NamesAreCutForTheServiceAndPrintedAsText) {
 }
 
 TEST_F(ProgramTest, PeopleSeeLaunchesAndATableWithinEightyColumns) {
-    std::string trace;
-    int64_t t = 90000000;
     const std::string app = "com.example.an.app.with.a.rather.long.name/.MainActivity";
-    for (int i = 0; i < 7; ++i, t += 60000) {
-        const auto event = [&](int64_t at, const char* rest, const std::string& name) {
-            trace += "{\"t\":" + std::to_string(at) + ",\"hintId\":" + rest + ",\"appName\":\"" +
-                     name + "\"}\n";
-        };
-        event(t, "4225,\"hintType\":1", app);
-        event(t + 1000, "4103", app);
-        event(t + 2000, "4097", "com.other");
-    }
-    mProgram.write("trace.jsonl", trace);
+    mProgram.write("trace.jsonl", Trace().launches(app, 7, 90000000, 1000).str());
     const auto lines = splitLines(mProgram.run("replay trace.jsonl").out);
     ASSERT_GT(lines.size(), 3U);
     for (const std::string& line : lines) {
@@ -256,16 +241,15 @@ TEST_F(ProgramTest, PeopleSeeLaunchesAndATableWithinEightyColumns) {
     }
     EXPECT_EQ(lines[2],
               "    1d 01:00:00.000  ..ther.long.name/.MainActivity  learning    2000   15000");
-    EXPECT_EQ(lines[3], "    1d 01:00:02.000  ..ther.long.name/.MainActivity  measured 1000 ms");
+    EXPECT_EQ(lines[3], "    1d 01:00:50.000  ..ther.long.name/.MainActivity  measured 1000 ms");
     EXPECT_EQ(lines.back(),
               "..ther.long.name/.MainActivity        7        5  learned         1000      1");
 }
 
 TEST_F(ProgramTest, NamesReachTheTerminalAsText) {
     const std::string app = R"(com.\u001b[2J\u009b)" + std::string(30, 'x') + "\u00e4\u00e4";
-    mProgram.write("trace.jsonl", R"({"t":1,"hintId":4225,"hintType":1,"appName":")" + app +
-                                      "\"}\n" +
-                                      R"({"t":2,"hintId":1,"appName":"a","dataVersion":1})" + "\n");
+    mProgram.write("trace.jsonl",
+                   Trace().launch(app, 1).event("a", 2, 1, 0, ",\"dataVersion\":1").str());
     const std::string out = mProgram.run("replay trace.jsonl").out;
     EXPECT_EQ(out.find('\x1b'), std::string::npos);
     EXPECT_NE(out.find("  .." + std::string(26, 'x') + "\u00e4\u00e4  learning"), std::string::npos)
@@ -277,11 +261,11 @@ TEST_F(ProgramTest, NamesReachTheTerminalAsText) {
 }
 
 TEST_F(ProgramTest, AReaderThatHasGoneEndsTheReplayQuietly) {
-    std::string trace;
+    Trace trace;
     for (int t = 0; t < 2000; ++t) {
-        trace += "{\"t\":" + std::to_string(t) + ",\"hintId\":4225,\"hintType\":1}\n";
+        trace.launch("", t);
     }
-    mProgram.write("trace.jsonl", trace);
+    mProgram.write("trace.jsonl", trace.str());
     std::filesystem::create_directory(mProgram.path("tmp"));
     const auto result = mProgram.run("replay --json --no-sync trace.jsonl | head -n 1", "", "tmp");
     EXPECT_EQ(splitLines(result.out).size(), 1U);

@@ -1,6 +1,7 @@
 // Whole stories: a trace and the record stream that it must give. A story of several lives on one
 // root is NAME.1.jsonl, NAME.2.jsonl and so on. The expected stream, NAME.records, may begin with
-// a line "# only: KIND KIND ..." and then holds the records of these kinds alone.
+// a line "# only: KIND KIND ..." and then holds the records of these kinds alone. A line "..." stands
+// for records that repeat what was seen: none of them is of a state.
 
 #include <gtest/gtest.h>
 
@@ -69,10 +70,19 @@ TEST_P(StoryTest, GivesItsRecords) {
             }
         }
     }
-    for (std::size_t i = 0; i < std::min(records.size(), expected.size()); ++i) {
-        ASSERT_EQ(records[i], expected[i]) << "record " << i + 1;
+    auto record = records.begin();
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        if (expected[i] == "...") {
+            ++i;
+            while (record != records.end() && i < expected.size() && *record != expected[i]) {
+                ASSERT_FALSE(record->starts_with(R"({"kind":"state")")) << *record;
+                ++record;
+            }
+        }
+        ASSERT_NE(record, records.end()) << "line " << i + 1 << " is missing";
+        ASSERT_EQ(*record++, expected[i]) << "line " << i + 1;
     }
-    EXPECT_EQ(records.size(), expected.size());
+    EXPECT_EQ(record, records.end());
 }
 
 INSTANTIATE_TEST_SUITE_P(Traces, StoryTest, testing::ValuesIn(storyNames()),

@@ -8,23 +8,10 @@
 
 #include "action/KestrelStartsAction.h"
 #include "feature/KestrelStartsFeature.h"
+#include "tests/support/Payload.h"
 #include "tests/support/TestHost.h"
 
 namespace kestrel {
-
-inline AsyncTriggerPayload eventOf(const std::string& app, int32_t hintId, int32_t hintType) {
-    AsyncTriggerPayload payload;
-    payload.hintId = hintId;
-    payload.hintType = hintType;
-    payload.appName = app;
-    payload.featureVersion = 1;
-    payload.dataVersion = 112;
-    return payload;
-}
-
-inline AsyncTriggerPayload launchOf(const std::string& app) {
-    return eventOf(app, 4225, 1);
-}
 
 // A feature that is on for both kinds of launches, with its stores.
 class FeatureTest : public testing::Test {

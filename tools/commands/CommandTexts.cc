@@ -4,11 +4,6 @@
 
 namespace kestrel {
 
-std::vector<const CLI::App*> visibleSubcommands(const CLI::App& app) {
-    return app.get_subcommands(
-        [](const CLI::App* command) { return !command->get_group().empty(); });
-}
-
 std::vector<std::string> namesOf(const CLI::Option& option) {
     std::vector<std::string> names;
     for (const std::string& name : option.get_snames()) {

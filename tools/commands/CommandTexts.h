@@ -6,7 +6,7 @@
 namespace kestrel {
 
 // Texts that are made from the definition of the command line, as --help is: what is documented,
-// and what a shell completes, is what the program takes. Hidden subcommands are left out.
+// and what a shell completes, is what the program takes.
 
 // The man page, for section 1.
 void printManPage(std::ostream& out, const CLI::App& app);
@@ -17,7 +17,9 @@ void printZshCompletion(std::ostream& out, const CLI::App& app);
 
 // ---- What these have in common.
 
-std::vector<const CLI::App*> visibleSubcommands(const CLI::App& app);
+inline std::vector<const CLI::App*> subcommandsOf(const CLI::App& app) {
+    return app.get_subcommands([](const CLI::App*) { return true; });
+}
 
 // An option as it is typed: "-h", "--help"; positional arguments have none.
 std::vector<std::string> namesOf(const CLI::Option& option);

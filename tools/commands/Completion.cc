@@ -17,7 +17,7 @@ std::string joined(const std::vector<std::string>& words, const char* separator)
 
 std::vector<std::string> commandNames(const CLI::App& app) {
     std::vector<std::string> names;
-    for (const CLI::App* command : visibleSubcommands(app)) {
+    for (const CLI::App* command : subcommandsOf(app)) {
         names.push_back(command->get_name());
     }
     return names;
@@ -54,7 +54,7 @@ const char* bashAction(ValueKind kind) {
 // Options that take a value, and what completes it. Those of one name mean the same everywhere.
 std::map<std::string, ValueKind> valueOptions(const CLI::App& app) {
     std::map<std::string, ValueKind> options;
-    for (const CLI::App* command : visibleSubcommands(app)) {
+    for (const CLI::App* command : subcommandsOf(app)) {
         for (const CLI::Option* option : command->get_options()) {
             for (const std::string& name : namesOf(*option)) {
                 if (option->get_items_expected_max() > 0) {
@@ -149,7 +149,7 @@ _kestrelhost() {
             << "\n            return\n            ;;\n";
     }
     out << "    esac\n    case $command,$current in\n";
-    for (const CLI::App* command : visibleSubcommands(app)) {
+    for (const CLI::App* command : subcommandsOf(app)) {
         const CLI::Option* positional = positionalOf(*command);
         out << "        " << command->get_name() << ",-*) _kestrelhost_words '"
             << joined(optionNames(*command), " ") << "' ;;\n        " << command->get_name()
@@ -170,7 +170,7 @@ _kestrelhost() {
     typeset -A opt_args
     local -a commands=(
 )";
-    for (const CLI::App* command : visibleSubcommands(app)) {
+    for (const CLI::App* command : subcommandsOf(app)) {
         out << "        '" << command->get_name() << ':' << zshText(command->get_description())
             << "'\n";
     }
@@ -183,7 +183,7 @@ _kestrelhost() {
         argument)
             case $line[1] in
 )";
-    for (const CLI::App* command : visibleSubcommands(app)) {
+    for (const CLI::App* command : subcommandsOf(app)) {
         out << "                " << command->get_name() << ")\n"
             << "                    _arguments \\\n";
         printZshArguments(out, *command, "                        ");

@@ -118,13 +118,13 @@ void printManPage(std::ostream& out, const CLI::App& app) {
         << ".SH NAME\n"
         << roff(app.get_name()) << " \\- replay and explain the learning of launch boosts\n"
         << ".SH SYNOPSIS\n.nf\n";
-    for (const CLI::App* command : visibleSubcommands(app)) {
+    for (const CLI::App* command : subcommandsOf(app)) {
         printSynopsis(out, *command);
     }
     out << ".fi\n.SH DESCRIPTION\n" << roff(description) << "\n.SH OPTIONS\n";
     printOptions(out, app);
     out << ".SH COMMANDS\n";
-    for (const CLI::App* command : visibleSubcommands(app)) {
+    for (const CLI::App* command : subcommandsOf(app)) {
         out << ".SS " << roff(command->get_name()) << '\n'
             << roff(command->get_description()) << ".\n";
         printOptions(out, *command);
