@@ -201,37 +201,48 @@ TEST_F(ContractTest, TheNewestStateCounts) {
     EXPECT_EQ(mHost.records<record::Log>().size(), 0U);
 }
 
+struct RowNumber {
+    const char* name;
+    const char* number;
+    const char* kept;  // what the row is numbered then
+
+    friend void PrintTo(const RowNumber& row, std::ostream* out) { *out << row.number; }
+};
+
+// Each in a process of its own: the plug-in's singleton stays with the first feature.
+class RowNumberTest : public ContractTest, public testing::WithParamInterface<RowNumber> {};
+
 // Rows that the store cannot change, and above which it could not change new ones either.
-TEST_F(ContractTest, NoNumberOfARowStandsInTheWay) {
-    const struct {
-        const char* rowid;
-        const char* kept;
-    } cases[] = {{"1000", "1000"},    {"2147483646", "1"},          {"2147483647", "1"},
-                 {"5000000000", "1"}, {"9223372036854775807", "1"}, {"0", "1"},
-                 {"-1", "1"}};
+TEST_P(RowNumberTest, StandsInNobodysWay) {
     start();
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.rowid);
-        callSlot<void>(std::exchange(mFeature, nullptr), 1);
-        database("KestrelStartsState.db")
-            .run(std::string("DELETE FROM app_state; INSERT INTO app_state(rowid, appName, blob)"
-                             " VALUES (") +
-                 c.rowid + ", 'com.x', x'63000000')");
-        start({.featureName = "KestrelStarts", .disabledApps = {"com.off"}});
-        const std::string app = std::string("com.") + c.rowid;  // a new one
-        for (int i = 1; i <= 12; ++i) {
-            launchAndLeave(app);
-            launchAndLeave("com.off");
-        }
-        EXPECT_EQ(mHost.records<record::Measured>().size(), 5U);
-        EXPECT_EQ(mFeature->mFeatureState.readState("com.x"), APP_STATE_DISABLED);
-        EXPECT_EQ(database("KestrelStartsState.db")
-                      .run("SELECT appName, hex(blob) FROM app_state ORDER BY rowid"),
-                  (Lines{"com.x|63000000", "com.off|63000000", app + "|04000000"}));
-        EXPECT_EQ(database("KestrelStartsState.db").run("SELECT MIN(rowid) FROM app_state"),
-                  Lines{c.kept});
+    callSlot<void>(std::exchange(mFeature, nullptr), 1);
+    database("KestrelStartsState.db")
+        .run(std::string("INSERT INTO app_state(rowid, appName, blob) VALUES (") +
+             GetParam().number + ", 'com.x', x'63000000')");
+    start({.featureName = "KestrelStarts", .disabledApps = {"com.off"}});
+    for (int i = 1; i <= 12; ++i) {
+        launchAndLeave("com.a");
+        launchAndLeave("com.off");
     }
+    EXPECT_EQ(mHost.records<record::Measured>().size(), 5U);
+    EXPECT_EQ(mFeature->mFeatureState.readState("com.x"), APP_STATE_DISABLED);
+    EXPECT_EQ(database("KestrelStartsState.db")
+                  .run("SELECT appName, hex(blob) FROM app_state ORDER BY rowid"),
+              (Lines{"com.x|63000000", "com.off|63000000", "com.a|04000000"}));
+    EXPECT_EQ(database("KestrelStartsState.db").run("SELECT MIN(rowid) FROM app_state"),
+              Lines{GetParam().kept});
 }
+
+const RowNumber ROW_NUMBERS[] = {{"Usual", "1000", "1000"},
+                                 {"Last", "2147483647", "1"},
+                                 {"LastButOne", "2147483646", "1"},
+                                 {"Beyond", "5000000000", "1"},
+                                 {"SQLitesLast", "9223372036854775807", "1"},
+                                 {"None", "0", "1"},
+                                 {"Negative", "-1", "1"}};
+
+INSTANTIATE_TEST_SUITE_P(Numbers, RowNumberTest, testing::ValuesIn(ROW_NUMBERS),
+                         [](const auto& info) { return info.param.name; });
 
 TEST_F(ContractTest, AFeedbackMessageIsAnsweredInItsDurationOnly) {
     const auto feedback = reinterpret_cast<int (*)(mpctl_msg_t*)>(

@@ -128,7 +128,9 @@ class PowerCutTest : public testing::Test {
         std::set<std::string> rows[2];
         for (const std::size_t more : {0U, 1U}) {
             fs::remove_all(mProgram.path("played"));
-            const auto size = static_cast<std::ptrdiff_t>(std::min(count + more, story.size()));
+            auto size = static_cast<std::ptrdiff_t>(std::min(count + more, story.size()));
+            // A frame stores nothing, but the end of the input would measure its launch.
+            size -= size > 0 && story[static_cast<std::size_t>(size) - 1].hintId == 4103 ? 1 : 0;
             mProgram.write("part.jsonl", toTrace(Story(story.begin(), story.begin() + size)));
             EXPECT_EQ(mProgram.run("replay --no-sync --root played part.jsonl").status, 0);
             rows[more] = dumpAll(mProgram.path("played"));
