@@ -12,7 +12,7 @@
 
 #include "tests/support/ProgramRun.h"
 #include "tests/support/RecordStream.h"
-#include "tools/input/Input.h"
+#include "tools/input/InputSequence.h"
 #include "tools/session/HostLife.h"
 #include "tools/views/EvaluationData.h"
 

@@ -7,7 +7,7 @@
 #include "tools/base/Json.h"
 #include "tools/base/OutputFile.h"
 #include "tools/base/TemporaryDirectory.h"
-#include "tools/input/Input.h"
+#include "tools/input/InputSequence.h"
 #include "tools/launches/Evaluation.h"
 #include "tools/session/HostLife.h"
 #include "tools/views/EvaluationData.h"

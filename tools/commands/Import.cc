@@ -4,7 +4,7 @@
 
 #include "tools/base/Interruption.h"
 #include "tools/input/EventTrace.h"
-#include "tools/input/Input.h"
+#include "tools/input/InputSequence.h"
 
 namespace kestrel {
 

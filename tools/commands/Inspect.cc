@@ -5,6 +5,7 @@
 #include "learning/LearningRules.h"
 #include "tools/base/Interruption.h"
 #include "tools/base/TerminalText.h"
+#include "tools/input/HostSetupFile.h"
 #include "tools/store/LearningStore.h"
 #include "tools/views/ReportText.h"
 #include "tools/views/StoreText.h"

@@ -8,7 +8,7 @@
 #include "tools/base/Interruption.h"
 #include "tools/base/OutputFile.h"
 #include "tools/base/TemporaryDirectory.h"
-#include "tools/input/Input.h"
+#include "tools/input/InputSequence.h"
 #include "tools/session/HostLife.h"
 #include "tools/store/LearningStore.h"
 #include "tools/views/JsonRecords.h"

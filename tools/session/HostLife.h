@@ -7,7 +7,7 @@
 
 #include "host/Feature.h"
 #include "host/linux/HostRecord.h"
-#include "tools/input/Input.h"
+#include "tools/input/InputSequence.h"
 
 namespace kestrel {
 

@@ -5,14 +5,9 @@
 
 #include "learning/LearningRules.h"
 #include "tools/base/TerminalText.h"
-#include "tools/input/EventTrace.h"
 #include "tools/views/ReportText.h"
 
 namespace kestrel {
-
-HostSetup setupOf(const std::optional<std::string>& hostFile) {
-    return hostFile ? readSetupFile(*hostFile) : HostSetup{};
-}
 
 std::string stateWords(std::optional<AppState> state) {
     if (!state) {

@@ -6,16 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "host/linux/HostSetup.h"
 #include "tools/base/Json.h"
 #include "tools/store/LearningStore.h"
 
 namespace kestrel {
 
-// What `inspect` and `explain` have in common: their set-up, and how stored things are told.
-
-// The set-up of a file; the default one for none. Throws InputError.
-HostSetup setupOf(const std::optional<std::string>& hostFile);
+// What `inspect` and `explain` have in common: how stored things are told.
 
 // A learning state in words and, unless it is common, its number; "unknown" for none.
 std::string stateWords(std::optional<AppState> state);
