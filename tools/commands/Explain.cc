@@ -6,6 +6,7 @@
 #include "host/KestrelStartsHints.h"
 #include "host/ShortName.h"
 #include "tools/base/Interruption.h"
+#include "tools/base/StandardOutput.h"
 #include "tools/input/HostSetupFile.h"
 #include "tools/store/Explanation.h"
 #include "tools/views/ExplanationText.h"

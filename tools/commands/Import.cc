@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "tools/base/Interruption.h"
+#include "tools/base/StandardOutput.h"
 #include "tools/input/EventTrace.h"
 #include "tools/input/InputSequence.h"
 

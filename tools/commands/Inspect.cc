@@ -4,6 +4,7 @@
 
 #include "learning/LearningRules.h"
 #include "tools/base/Interruption.h"
+#include "tools/base/StandardOutput.h"
 #include "tools/base/TerminalText.h"
 #include "tools/input/HostSetupFile.h"
 #include "tools/store/LearningStore.h"

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tools/base/InputError.h"
-#include "tools/base/Interruption.h"
+#include "tools/base/StandardOutput.h"
 #include "tools/base/TerminalText.h"
 #include "tools/commands/CommandTexts.h"
 #include "tools/commands/Evaluate.h"
@@ -217,7 +217,7 @@ class CommandLine {
 
 int main(int argc, char** argv) {
     using namespace kestrel;
-    std::ios::sync_with_stdio(false);
+    openStandardOutput();
     CommandLine commandLine;
     try {
         try {

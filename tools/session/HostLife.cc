@@ -12,6 +12,7 @@
 #include "host/linux/LinuxHost.h"
 #include "tools/base/InputError.h"
 #include "tools/base/Interruption.h"
+#include "tools/base/StandardOutput.h"
 
 namespace kestrel {
 
