@@ -56,6 +56,18 @@ class ReportForPeople : public LifeWatcher {
     std::string mFeatureName;
 };
 
+// Closes a file once the picture in it is complete, also when the input ends with a wrong line.
+class CloseInTheEnd : public LifeWatcher {
+ public:
+    explicit CloseInTheEnd(OutputFile& file) : mFile(file) {}
+
+    void add(const HostRecord& /*entry*/) override {}
+    void endLife(const std::filesystem::path& /*root*/) override { mFile.close(); }
+
+ private:
+    OutputFile& mFile;
+};
+
 std::unique_ptr<LifeWatcher> makePrinter(const ReplayOptions& options, std::ostream& out) {
     if (options.json) {
         return std::make_unique<RecordStream>(out);
@@ -70,8 +82,10 @@ void replay(const ReplayOptions& options) {
     catchInterruptions();  // so far there is nothing to put in order
     std::optional<OutputFile> traceFile;
     std::optional<TraceEventFile> trace;
+    std::optional<CloseInTheEnd> closeTrace;
     if (options.traceOut) {
         trace.emplace(traceFile.emplace(*options.traceOut, options.inputs, options.hostFile).out());
+        closeTrace.emplace(*traceFile);
     }
     std::optional<TemporaryDirectory> temporary;
     const std::filesystem::path root =
@@ -81,11 +95,9 @@ void replay(const ReplayOptions& options) {
     std::vector<LifeWatcher*> watchers = {printer.get()};
     if (trace) {
         watchers.push_back(&*trace);
+        watchers.push_back(&*closeTrace);
     }
     playLife(inputs, {.root = root, .sync = options.sync}, watchers, text);
-    if (traceFile) {
-        traceFile->close();
-    }
 }
 
 std::string readFeatureVersion() {
