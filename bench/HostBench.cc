@@ -18,7 +18,7 @@
 #include "learning/KestrelStartsMetaMeter.h"
 #include "tools/base/TemporaryDirectory.h"
 #include "tools/commands/Replay.h"
-#include "tools/input/Input.h"
+#include "tools/input/InputSequence.h"
 
 using namespace kestrel;
 

@@ -3,21 +3,20 @@
 #include <string_view>
 
 #include "fuzz/FuzzHost.h"
+#include "tools/base/Lines.h"
 #include "tools/input/logcat/AndroidLogImporter.h"
 
 using namespace kestrel;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     std::string_view text(reinterpret_cast<const char*>(data), size);
-    std::vector<TraceObject> events;
+    TraceObjects events;
     AndroidLogImporter::importFile(text, {}, events);
     int64_t latest = 0;
     AndroidLogImporter live({});
     events.clear();
     for (std::size_t number = 1; !text.empty(); ++number) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        live.importLine(text.substr(0, end), number, events);
-        text.remove_prefix(std::min(end + 1, text.size()));
+        live.importLine(takeLine(text), number, events);
     }
     for (const TraceObject& event : events) {
         if (event.t < latest) {

@@ -4,6 +4,7 @@
 
 #include "fuzz/FuzzHost.h"
 #include "tools/base/InputError.h"
+#include "tools/base/Lines.h"
 #include "tools/input/EventTrace.h"
 
 using namespace kestrel;
@@ -20,12 +21,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     EventTraceReader reader("fuzz.jsonl");
     try {
         for (std::size_t number = 1; !text.empty(); ++number) {
-            const std::size_t end = std::min(text.find('\n'), text.size());
-            const auto object = reader.readLine(text.substr(0, end), number);
+            const auto object = reader.readLine(takeLine(text), number);
             if (object && std::holds_alternative<HintEvent>(object->what)) {
                 expectReadable(toTraceLine(*object));
             }
-            text.remove_prefix(std::min(end + 1, text.size()));
         }
     } catch (const InputError&) {
         return 0;

@@ -29,7 +29,7 @@ std::string nameOf(const TraceObject& object) {
     return std::to_string(object.t) + " " + what + " " + event.appName;
 }
 
-Lines namesOf(const std::vector<TraceObject>& trace) {
+Lines namesOf(const TraceObjects& trace) {
     Lines names;
     for (const TraceObject& object : trace) {
         names.push_back(nameOf(object));
@@ -46,7 +46,7 @@ std::string joined(const Lines& lines, std::string_view lineEnd = "\n") {
 }
 
 Lines imported(std::string_view content, const LogImportSettings& settings = {}) {
-    std::vector<TraceObject> trace;
+    TraceObjects trace;
     EXPECT_TRUE(AndroidLogImporter::importFile(content, settings, trace));
     return namesOf(trace);
 }
@@ -54,7 +54,7 @@ Lines imported(std::string_view content, const LogImportSettings& settings = {})
 // Importing line by line, as from standard input.
 Lines streamed(const Lines& lines) {
     AndroidLogImporter importer({});
-    std::vector<TraceObject> trace;
+    TraceObjects trace;
     for (size_t i = 0; i < lines.size(); ++i) {
         importer.importLine(lines[i], i + 1, trace);
     }
@@ -121,7 +121,7 @@ TEST(AndroidLogImporter, PassesOverWhatIsNoLogLine) {
     };
     for (const std::string& line : lines) {
         SCOPED_TRACE(line);
-        std::vector<TraceObject> trace;
+        TraceObjects trace;
         EXPECT_FALSE(AndroidLogImporter::importFile(line, {}, trace));
         EXPECT_TRUE(trace.empty());
     }
@@ -373,7 +373,7 @@ TEST(AndroidLogImporter, CountsYears) {
 TEST(AndroidLogImporter, SortsFilesAndKeepsTheirLineNumbers) {
     const Lines lines{at("05.000", start("com.b")), "no log line", at("01.000002", start("com.a")),
                       at("01.000001", start("com.c")), at("05.000", start("com.d"))};
-    std::vector<TraceObject> trace;
+    TraceObjects trace;
     ASSERT_TRUE(AndroidLogImporter::importFile(joined(lines), {.games = {"com.a"}}, trace));
     EXPECT_EQ(namesOf(trace), (Lines{"1000 launch com.c", "1000 game com.a", "5000 launch com.b",
                                      "5000 launch com.d"}));
@@ -393,7 +393,7 @@ TEST(AndroidLogImporter, SurvivesLongLines) {
           prefix + "{flg=0x" + std::string(size, '9') + " cmp=a/b" + std::string(size, '}'),
           "01-01 00:00:01.000" + std::string(size, ' '), std::string(size, ':')}) {
         SCOPED_TRACE(line.substr(0, 80));
-        std::vector<TraceObject> trace;
+        TraceObjects trace;
         AndroidLogImporter::importFile(line, {}, trace);
         EXPECT_LE(trace.size(), 1U);
     }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -318,6 +320,51 @@ TEST(EvaluateTest, FilesThatCannotBeWrittenAreToldBeforeAnythingIsPlayed) {
     }
     EXPECT_FALSE(std::filesystem::exists(program.path("new.html")));
     EXPECT_FALSE(std::filesystem::exists(program.path("new.json")));
+    EXPECT_EQ(program.read("trace.jsonl"), LAUNCH);
+}
+
+TEST(EvaluateTest, FilesAppearWholeOrNotAtAll) {
+    const ProgramRun program;
+    program.write("trace.jsonl", LAUNCH);
+    program.write("old.json", "good");
+    std::filesystem::permissions(program.path("old.json"), std::filesystem::perms(0604));
+    std::filesystem::create_symlink("old.json", program.path("link.json"));
+    EXPECT_EQ(program.run("replay --trace-out link.json --root /proc/none trace.jsonl").status, 1);
+    EXPECT_EQ(program.read("old.json"), "good");
+    EXPECT_EQ(program.run("replay --trace-out link.json trace.jsonl").status, 0);
+    EXPECT_FALSE(Json::parse(program.read("old.json"))["traceEvents"].empty());
+    EXPECT_EQ(std::filesystem::status(program.path("old.json")).permissions(),
+              std::filesystem::perms(0604));
+    EXPECT_TRUE(std::filesystem::is_symlink(program.path("link.json")));
+    EXPECT_EQ(program.run("report --out new.html trace.jsonl").status, 0);
+    EXPECT_EQ(std::filesystem::status(program.path("new.html")).permissions(),
+              std::filesystem::status(program.path("trace.jsonl")).permissions());
+    for (const auto& entry : std::filesystem::directory_iterator(program.path("."))) {
+        EXPECT_FALSE(entry.path().filename().string().starts_with("old.json.")) << entry;
+    }
+}
+
+TEST(EvaluateTest, WhatIsNoRegularFileIsWrittenInPlace) {
+    const ProgramRun program;
+    program.write("trace.jsonl", LAUNCH);
+    ASSERT_EQ(mkfifo(program.path("pipe").c_str(), 0600), 0);
+    const auto unread = program.run("report --out pipe trace.jsonl");
+    EXPECT_EQ(unread.status, 1);
+    EXPECT_EQ(unread.err, "kestrelhost: cannot write pipe: nobody reads it\n");
+    program.write("script", "exec 3<>pipe 4<pipe 3>&-\n" KESTREL_PROGRAM
+                            " replay --json --trace-out pipe trace.jsonl >records && cat <&4\n");
+    const auto read = program.run("--version >version && sh script");
+    EXPECT_FALSE(Json::parse(read.out)["traceEvents"].empty()) << read.err;
+    EXPECT_EQ(program.run("report --out /dev/null trace.jsonl").status, 0);
+    EXPECT_TRUE(program.run("report --out /dev/stdout trace.jsonl").out.starts_with("<!"));
+}
+
+TEST(EvaluateTest, WhatComesOnStandardInputIsNotOverwritten) {
+    const ProgramRun program;
+    program.write("trace.jsonl", LAUNCH);
+    const auto result = program.run("report --out trace.jsonl - <trace.jsonl");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "trace.jsonl: it is also read, so it cannot be written\n");
     EXPECT_EQ(program.read("trace.jsonl"), LAUNCH);
 }
 

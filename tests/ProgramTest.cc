@@ -2,10 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <limits.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/ProgramRun.h"
 #include "tests/support/Trace.h"
+#include "tools/input/InputSequence.h"
 
 namespace kestrel {
 
@@ -193,6 +202,34 @@ TEST_F(ProgramTest, InputsFollowEachOtherOnOneClock) {
     EXPECT_FALSE(std::filesystem::exists(mProgram.path("root")));
 }
 
+TEST_F(ProgramTest, ASequenceOfInputsTellsHowFarItHasCome) {
+    const std::string file = mProgram.path(mProgram.write("a.jsonl", std::string(LAUNCH) + FRAME));
+    const std::string none = mProgram.path(mProgram.write("none.jsonl", "# nothing\n"));
+    InputSequence files({file, none}, std::nullopt, InputKinds::tracesAndLogs);
+    EXPECT_FALSE(files.hasLiveInput());
+    EXPECT_EQ(files.progress().total, 2U);
+    ASSERT_TRUE(files.next());
+    EXPECT_EQ(files.progress().done, 1U);
+    EXPECT_EQ(files.currentName(), file);
+    EXPECT_FALSE(files.isAtEnd());
+    ASSERT_TRUE(files.next());
+    EXPECT_TRUE(files.isAtEnd());
+    EXPECT_FALSE(files.next());
+
+    ASSERT_NE(std::freopen(file.c_str(), "r", stdin), nullptr);
+    InputSequence live({file, "-"}, std::nullopt, InputKinds::tracesAndLogs);
+    EXPECT_TRUE(live.hasLiveInput());
+    for (const bool isLive : {false, false, true, true}) {
+        ASSERT_TRUE(live.next());
+        EXPECT_EQ(live.currentIsLive(), isLive);
+        EXPECT_EQ(live.currentName(), isLive ? "-" : file);
+        EXPECT_FALSE(live.isAtEnd());
+    }
+    EXPECT_FALSE(live.next());  // only then one knows
+    EXPECT_TRUE(live.isAtEnd());
+    EXPECT_EQ(live.currentName(), "-");
+}
+
 TEST_F(ProgramTest, RunsOnARootContinueAndStayBelowIt) {
     mProgram.write("trace.jsonl", LAUNCH + FRAME + LEAVE);
     const std::string before = mProgram.run("replay --json trace.jsonl").out;
@@ -272,6 +309,67 @@ TEST_F(ProgramTest, AReaderThatHasGoneEndsTheReplayQuietly) {
     EXPECT_EQ(result.err, "");
     EXPECT_TRUE(std::filesystem::is_empty(mProgram.path("tmp")));
     EXPECT_EQ(mProgram.run("replay --json trace.jsonl > /dev/full").status, 1);
+}
+
+// A replay whose output nobody takes, once it waits for that.
+class StalledReplay {
+ public:
+    explicit StalledReplay(const ProgramRun& program) {
+        std::array<int, 2> output{};
+        EXPECT_EQ(pipe(output.data()), 0);
+        mOutput = output[0];
+        mPid = fork();
+        if (mPid == 0) {
+            signal(SIGTERM, SIG_DFL);
+            dup2(output[1], STDOUT_FILENO);
+            const std::string command = "cd '" + program.path(".").string() +
+                                        "' && exec " KESTREL_PROGRAM
+                                        " replay --json --no-sync trace.jsonl 2>stderr";
+            execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+            _exit(127);
+        }
+        close(output[1]);
+        const int full = fcntl(mOutput, F_GETPIPE_SZ) - PIPE_BUF;
+        for (int waiting = 0; waiting < full;) {
+            EXPECT_EQ(ioctl(mOutput, FIONREAD, &waiting), 0);
+        }
+    }
+    ~StalledReplay() { close(mOutput); }
+    StalledReplay(const StalledReplay&) = delete;
+    StalledReplay& operator=(const StalledReplay&) = delete;
+
+    void interrupt() const { kill(mPid, SIGTERM); }
+
+    // What waitpid says once it has ended; `meanwhile` is called until then.
+    template <class Meanwhile>
+    int wait(Meanwhile meanwhile) const {
+        int status = 0;
+        while (waitpid(mPid, &status, WNOHANG) == 0) {
+            meanwhile();
+        }
+        return status;
+    }
+
+ private:
+    int mOutput = -1;
+    pid_t mPid = -1;
+};
+
+TEST_F(ProgramTest, AnInterruptionEndsAReplayWhoseOutputNobodyTakes) {
+    std::string trace;
+    for (int t = 0; t < 2000; ++t) {
+        trace += "{\"t\":" + std::to_string(t) + ",\"hintId\":4225,\"hintType\":1}\n";
+    }
+    mProgram.write("trace.jsonl", trace);
+    const StalledReplay patient(mProgram);
+    patient.interrupt();
+    const int status = patient.wait([] {});
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+    EXPECT_EQ(mProgram.read("stderr"), "kestrelhost: cannot write to standard output\n");
+    // A second one ends it at once; those that come together are one.
+    const StalledReplay impatient(mProgram);
+    const int killed = impatient.wait([&] { impatient.interrupt(); });
+    EXPECT_TRUE(WIFSIGNALED(killed) && WTERMSIG(killed) == SIGTERM) << killed;
 }
 
 TEST_F(ProgramTest, LogsAreImportedAsTheyAreReplayed) {

@@ -13,6 +13,9 @@ class StandardInput {
     // the user wants no more. A line that an interruption cut off is none.
     bool readLine(std::string& line);
 
+    // Whether its end has been met, and every line handed out.
+    bool isAtEnd() const { return mEnded && mBegin == mText.size(); }
+
  private:
     std::string mText;  // read, and not yet handed out from mBegin on
     std::size_t mBegin = 0;

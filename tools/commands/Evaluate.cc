@@ -8,14 +8,16 @@ namespace kestrel {
 void evaluate(const EvaluateOptions& options) {
     InputSequence inputs(options.inputs, options.hostFile, InputKinds::tracesAndLogs);
     std::ostringstream text;
-    playEvaluation(
-        options, inputs, text, [&](const Evaluation& evaluation, const EvaluationSubject& subject) {
-            if (options.json) {
-                text << toText(toJson(evaluation, subject, EvaluationDetail::numbers)) << '\n';
-            } else {
-                printEvaluation(evaluation, subject, text);
-            }
-        });
+    playEvaluation(options, inputs, text,
+                   [&](const Evaluation& evaluation, const EvaluationSubject& subject,
+                       const SessionEnd& /*end*/) {
+                       if (options.json) {
+                           text << toText(toJson(evaluation, subject, EvaluationDetail::numbers))
+                                << '\n';
+                       } else {
+                           printEvaluation(evaluation, subject, text);
+                       }
+                   });
 }
 
 }  // namespace kestrel

@@ -23,7 +23,7 @@ class Show : public SessionObserver {
             return;
         }
         mEvaluation.addStored(end.stored);
-        mShow(mEvaluation, {mInputs, end.featureVersion, end.interrupted});
+        mShow(mEvaluation, {mInputs, end.featureVersion, end.interrupted}, end);
     }
 
  private:

@@ -9,7 +9,8 @@
 
 namespace kestrel {
 
-using ShowEvaluation = std::function<void(const Evaluation&, const EvaluationSubject&)>;
+using ShowEvaluation =
+    std::function<void(const Evaluation&, const EvaluationSubject&, const SessionEnd&)>;
 
 // Plays the inputs on a root that is not kept and shows what came of it, also when the input ends
 // with a wrong line, but not without a store: the numbers would be wrong. What `show` puts into

@@ -2,9 +2,9 @@
 
 #include <iostream>
 
-#include "tools/base/Interruption.h"
+#include "tools/base/StandardOutput.h"
 #include "tools/input/EventTrace.h"
-#include "tools/input/Input.h"
+#include "tools/input/InputSequence.h"
 
 namespace kestrel {
 

@@ -26,37 +26,49 @@ class RecordStream : public SessionObserver {
     std::ostream& mOut;
 };
 
+// Closes a file once the picture in it is complete, also when the input ends with a wrong line.
+class CloseInTheEnd : public SessionObserver {
+ public:
+    explicit CloseInTheEnd(OutputFile& file) : mFile(file) {}
+
+    void onRecord(const HostRecord& /*entry*/) override {}
+    void onEnd(const SessionEnd& end) override {
+        end.failed ? mFile.closeUnlessOlder() : mFile.close();
+    }
+
+ private:
+    OutputFile& mFile;
+};
+
 }  // namespace
 
 void replay(const ReplayOptions& options) {
     InputSequence inputs(options.inputs, options.hostFile, InputKinds::tracesAndLogs);
     catchInterruptions();  // so far there is nothing to put in order
-    std::optional<OutputFile> traceFile;
-    std::optional<TraceEventFile> trace;
-    if (options.traceOut) {
-        trace.emplace(traceFile.emplace(*options.traceOut, options.inputs, options.hostFile).out());
-    }
     std::ostringstream text;
     RecordStream records(text);
     ReplayLines lines(text, options.showLog);
-    std::vector<LaunchObserver*> launchObservers;
-    if (trace) {
-        launchObservers.push_back(&*trace);
-    }
+    std::vector<LaunchObserver*> drawn;
     if (!options.json) {
-        launchObservers.push_back(&lines);
+        drawn.push_back(&lines);
     }
-    LaunchFold fold(launchObservers);
-    // The lines print what the fold has told them.
-    std::vector<SessionObserver*> observers = {&fold};
-    if (launchObservers.empty()) {
-        observers.clear();
+    std::optional<OutputFile> traceFile;
+    std::optional<TraceEventFile> trace;
+    std::optional<CloseInTheEnd> closeTrace;
+    if (options.traceOut) {
+        traceFile.emplace(*options.traceOut, options.inputs, options.hostFile);
+        drawn.push_back(&trace.emplace(traceFile->out()));
+    }
+    LaunchFold fold(drawn);
+    std::vector<SessionObserver*> observers;
+    if (!drawn.empty()) {
+        observers.push_back(&fold);  // the lines print what it has told them
     }
     observers.push_back(options.json ? static_cast<SessionObserver*>(&records) : &lines);
-    playSession(inputs, {.root = options.root, .sync = options.sync}, observers, text);
     if (traceFile) {
-        traceFile->close();
+        observers.push_back(&closeTrace.emplace(*traceFile));
     }
+    playSession(inputs, {.root = options.root, .sync = options.sync}, observers, text);
 }
 
 }  // namespace kestrel

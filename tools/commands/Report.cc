@@ -9,9 +9,10 @@ void writeReport(const EvaluateOptions& options) {
     OutputFile page(options.out, options.inputs, options.hostFile);
     std::ostringstream text;
     playEvaluation(
-        options, inputs, text, [&](const Evaluation& evaluation, const EvaluationSubject& subject) {
+        options, inputs, text,
+        [&](const Evaluation& evaluation, const EvaluationSubject& subject, const SessionEnd& end) {
             writeReportPage(page.out(), toJson(evaluation, subject, EvaluationDetail::launches));
-            page.close();
+            end.failed ? page.closeUnlessOlder() : page.close();
         });
 }
 

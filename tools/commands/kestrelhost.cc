@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "tools/base/InputError.h"
-#include "tools/base/Interruption.h"
+#include "tools/base/StandardOutput.h"
 #include "tools/base/TerminalText.h"
 #include "tools/commands/CommandLine.h"
 
@@ -17,7 +17,7 @@ constexpr int EXIT_WRONG_INPUT = 2;
 
 int main(int argc, char** argv) {
     using namespace kestrel;
-    std::ios::sync_with_stdio(false);
+    openStandardOutput();
     CommandLine commandLine;
     try {
         try {

@@ -12,12 +12,6 @@ namespace kestrel {
 
 // Reading the event trace: JSON Lines, one object a line, times never going back.
 
-// Whether a line says nothing: blank, or a comment.
-bool isSkippedTraceLine(std::string_view line);
-
-// Whether a line can only be one of a trace.
-bool looksLikeTrace(std::string_view line);
-
 // Reads the lines of one trace in order.
 // Errors: throws InputError that names the file and the line.
 class EventTraceReader {
@@ -38,9 +32,6 @@ class EventTraceReader {
     std::optional<int64_t> mLastT;
     std::optional<HostSetup> mSetup;
 };
-
-// Reads a file that holds one {"host": {...}} object. Throws InputError.
-HostSetup readSetupFile(const std::string& fileName);
 
 // The line of a trace that stands for a hint event; fields that have their default are left out,
 // but for the launch type of a launch.

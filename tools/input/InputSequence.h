@@ -1,2 +1,79 @@
 #pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/linux/HostSetup.h"
 #include "tools/input/Input.h"
+#include "tools/input/InputKind.h"
+#include "tools/input/TraceObject.h"
+
+namespace kestrel {
+
+// Several inputs, played one after the other on one clock: one that begins before the last `t` of
+// what came before is moved as a whole, to begin 1000 ms after it. "-" names standard input.
+// Errors: every operation throws InputError, with file and line where there is one.
+class InputSequence {
+ public:
+    // Opens all and finds the one set-up for them: that of `hostFile` if it is given, else what the
+    // first input brings; others must agree. Then checks all files. Standard input is not waited
+    // for, unless it comes first and its set-up is needed.
+    // REQUIRES: at least one name.
+    InputSequence(const std::vector<std::string>& names, const std::optional<std::string>& hostFile,
+                  InputKinds kinds);
+
+    const HostSetup& setup() const { return mSetup; }
+
+    // The first `t` of all, as far as the files tell it; 0 when there is none, or when it has yet
+    // to arrive.
+    int64_t firstT() const { return mFirstT; }
+
+    // The next object, with its `t` on the common clock; none at the end, or when the user wants no
+    // more.
+    std::optional<TraceObject> next();
+
+    // Whether everything has been delivered. A live input knows once its end has been met.
+    bool isAtEnd() const;
+
+    // The input that the next object comes from, as far as one can know; at the end the last one.
+    const std::string& currentName() const { return current().name; }
+    bool currentIsLive() const { return current().isLive(); }
+
+    bool hasLiveInput() const;
+
+    // Of the current input.
+    InputProgress progress() const;
+
+ private:
+    // A file is recognised and checked at the beginning, a live input when its turn comes.
+    struct Item {
+        std::string name;
+        std::unique_ptr<RecognisedInput> recognised;
+        std::unique_ptr<CheckedInput> checked;
+
+        bool isLive() const;
+    };
+
+    void open(const std::vector<std::string>& names);
+    void chooseSetup(const std::optional<std::string>& hostFile);
+    void expectSameSetup(const Item& item) const;
+    void checkFiles();
+    void beginLive(Item& item);
+    void moveBehindLast(TraceObject& object);
+    const Item& current() const;
+
+    InputKinds mKinds;
+    std::vector<Item> mItems;
+    bool mHasHostFile;
+    HostSetup mSetup;
+    int64_t mFirstT = 0;
+    std::size_t mCurrent = 0;       // the items before it have ended
+    std::optional<int64_t> mLastT;  // on the common clock
+    std::optional<int64_t> mShift;  // of the current input, once its first object is known
+};
+
+}  // namespace kestrel

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <variant>
 
@@ -38,5 +39,8 @@ struct TraceObject {
     size_t line = 0;  // line of the input that it came from, from 1
     std::variant<HintEvent, DataQuery, FeedbackCall> what;
 };
+
+// As they wait to be delivered: each leaves the memory when it is.
+using TraceObjects = std::deque<TraceObject>;
 
 }  // namespace kestrel

@@ -26,7 +26,7 @@ void ProgressLine::update(const InputSequence& inputs, std::size_t events) {
         return;
     }
     mNext = now + std::chrono::milliseconds(250);
-    const Input::Progress progress = inputs.progress();
+    const InputProgress progress = inputs.progress();
     if (progress.total > 0) {
         std::cout.flush();
         std::fprintf(stderr, "\r%zu events, %zu %%\033[K", events,

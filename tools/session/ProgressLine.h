@@ -3,7 +3,7 @@
 #include <chrono>
 #include <cstddef>
 
-#include "tools/input/Input.h"
+#include "tools/input/InputSequence.h"
 
 namespace kestrel {
 

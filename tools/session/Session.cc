@@ -89,8 +89,9 @@ class Session {
         } catch (const InputError& error) {
             wrongInput = error;
         }
-        end();
-        tellFailures(before, wrongInput);
+        mDamaged = before.isDamaged();
+        end(wrongInput.has_value());
+        tellFailures(wrongInput);
     }
 
     LearningStore readStore() const {
@@ -121,25 +122,27 @@ class Session {
                         progress.total > 0 ? progress.done * 100 / progress.total : 0, mDelivered};
     }
 
-    void end() {
+    void end(bool isInputWrong) {
         const std::string version = mHost.featureVersion();
         mHost.endInput();
         tell([](SessionObserver& observer) { observer.onInputEnd(); });
         mHost.stop();
         const LearningStore after = readStore();
-        const SessionEnd end{after, version, mInterrupted, mStoreFailure.firstLine()};
+        const std::string& storeFailure = mStoreFailure.firstLine();
+        const SessionEnd end{after, version, mInterrupted, storeFailure,
+                             isInputWrong || mDamaged || !storeFailure.empty()};
         tell([&](SessionObserver& observer) { observer.onEnd(end); });
         print();
         flushOutput();
     }
 
     // At most one thing is thrown; what else there is is told at once.
-    void tellFailures(const LearningStore& before, const std::optional<InputError>& wrongInput) {
-        if (mInterrupted && !readerHasGone()) {
+    void tellFailures(const std::optional<InputError>& wrongInput) const {
+        if (mInterrupted && !hasReaderGone()) {
             std::cerr << printable(toText(*mInterrupted)) << '\n';
         }
         std::string failure;
-        if (before.isDamaged()) {
+        if (mDamaged) {
             failure = "not everything could be read";
         } else if (!mStoreFailure.firstLine().empty()) {
             failure =
@@ -182,6 +185,7 @@ class Session {
     bool mLive;
     ProgressLine mProgress;
     StoreFailure mStoreFailure;
+    bool mDamaged = false;  // the databases, before the host opened them
     std::size_t mDelivered = 0;
     std::optional<Interrupted> mInterrupted;
     std::optional<TemporaryDirectory> mTemporary;  // outlives the host

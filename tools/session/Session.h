@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/input/Input.h"
+#include "tools/input/InputSequence.h"
 #include "tools/session/SessionObserver.h"
 
 namespace kestrel {

@@ -22,6 +22,7 @@ struct SessionEnd {
     std::string featureVersion;   // "MAJOR.MINOR"
     std::optional<Interrupted> interrupted;
     std::string storeFailure;  // what was logged of it; empty: every database could be used
+    bool failed;               // for any reason: the exit status will tell
 };
 
 // Follows one replay: prints, draws or counts what happens.

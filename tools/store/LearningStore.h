@@ -44,8 +44,8 @@ struct LearningStore {
 // Throws InputError when there is no such folder, or none of the files is in it.
 LearningStore readLearningStore(const std::filesystem::path& root, const std::string& featureName);
 
-// The same of a root that a host plays on, which may be new: empty, without files, where no database
-// is there yet; and one without its table is no damage, as the host will make it.
+// The same of a root that a host plays on, which may be new: empty, without files, where no
+// database is there yet; and one without its table is no damage, as the host will make it.
 LearningStore readLearningStoreIfAny(const std::filesystem::path& root,
                                      const std::string& featureName);
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "host/KestrelStartsHints.h"
+#include "tools/base/Lines.h"
 
 namespace kestrel {
 
@@ -42,21 +43,17 @@ struct FileLine {
 AndroidLogImporter::AndroidLogImporter(LogImportSettings settings)
     : mSettings(std::move(settings)) {}
 
-void AndroidLogImporter::importLine(std::string_view line, size_t lineNumber,
-                                    std::vector<TraceObject>& out) {
+void AndroidLogImporter::importLine(std::string_view line, size_t lineNumber, TraceObjects& out) {
     play(mReader.read(line), lineNumber, out);
 }
 
 bool AndroidLogImporter::importFile(std::string_view content, const LogImportSettings& settings,
-                                    std::vector<TraceObject>& out) {
+                                    TraceObjects& out) {
     AndroidLogImporter importer(settings);
     std::vector<FileLine> lines;
     std::optional<LogTime> first;
     for (size_t number = 1; !content.empty(); ++number) {
-        const std::string_view line = content.substr(0, content.find('\n'));
-        content.remove_prefix(std::min(line.size() + 1, content.size()));
-
-        const LogEntry entry = importer.mReader.read(line);
+        const LogEntry entry = importer.mReader.read(takeLine(content));
         if (entry.time && (!first || *entry.time < *first)) {
             first = entry.time;
         }
@@ -76,8 +73,7 @@ bool AndroidLogImporter::importFile(std::string_view content, const LogImportSet
     return importer.sawLogLine();
 }
 
-void AndroidLogImporter::play(const LogEntry& entry, size_t lineNumber,
-                              std::vector<TraceObject>& out) {
+void AndroidLogImporter::play(const LogEntry& entry, size_t lineNumber, TraceObjects& out) {
     mLine = lineNumber;
     mIsTimed = entry.isTimed;
     if (entry.time) {
@@ -87,7 +83,7 @@ void AndroidLogImporter::play(const LogEntry& entry, size_t lineNumber,
     std::visit([&](const auto& launch) { become(launch, out); }, entry.launch);
 }
 
-void AndroidLogImporter::become(const ActivityStart& start, std::vector<TraceObject>& out) {
+void AndroidLogImporter::become(const ActivityStart& start, TraceObjects& out) {
     if (start.isCreation && start.package == mHome) {
         return;
     }
@@ -117,7 +113,7 @@ void AndroidLogImporter::become(const ActivityStart& start, std::vector<TraceObj
     mOpen = OpenLaunch{package, mLatestT};
 }
 
-void AndroidLogImporter::become(const FirstFrame& frame, std::vector<TraceObject>& out) {
+void AndroidLogImporter::become(const FirstFrame& frame, TraceObjects& out) {
     if (!mOpen || mOpen->package != frame.package) {
         return;
     }
@@ -133,7 +129,7 @@ void AndroidLogImporter::become(const FirstFrame& frame, std::vector<TraceObject
     mOpen.reset();
 }
 
-void AndroidLogImporter::become(const AppSwitch& appSwitch, std::vector<TraceObject>& out) {
+void AndroidLogImporter::become(const AppSwitch& appSwitch, TraceObjects& out) {
     const bool isOtherOpen = mOpen && mOpen->package != appSwitch.package;
     if (mFront == appSwitch.package && !isOtherOpen) {
         return;
@@ -145,7 +141,7 @@ void AndroidLogImporter::become(const AppSwitch& appSwitch, std::vector<TraceObj
     }
 }
 
-void AndroidLogImporter::become(const ForceStop& stop, std::vector<TraceObject>& out) {
+void AndroidLogImporter::become(const ForceStop& stop, TraceObjects& out) {
     const std::string package(stop.package);
     if (stop.reason != "pkg removed") {
         if (stop.reason == "installPackageLI") {
@@ -182,7 +178,7 @@ bool AndroidLogImporter::fits(const OpenLaunch& launch, int64_t durationMs) cons
     return !mIsTimed || (lateMs >= -KS_LINE_EARLY_MS && lateMs <= KS_LINE_LATE_MS);
 }
 
-void AndroidLogImporter::append(int64_t t, HintEvent event, std::vector<TraceObject>& out) {
+void AndroidLogImporter::append(int64_t t, HintEvent event, TraceObjects& out) {
     mLatestT = std::max(mLatestT, t);
     out.push_back({.t = mLatestT, .line = mLine, .what = std::move(event)});
 }

@@ -33,7 +33,7 @@ class AndroidLogImporter {
 
     // A line as it arrives, without its line end; a trailing CR is dropped. Appends what it becomes
     // to `out`. A line older than its predecessor takes its predecessor's time.
-    void importLine(std::string_view line, size_t lineNumber, std::vector<TraceObject>& out);
+    void importLine(std::string_view line, size_t lineNumber, TraceObjects& out);
 
     // False: nothing so far was a log line.
     bool sawLogLine() const { return mReader.sawLogLine(); }
@@ -41,7 +41,7 @@ class AndroidLogImporter {
     // A whole file: brings its lines into the order of the time as printed and appends what they
     // become. Needs memory for the lines about launches only. False: no line is a log line.
     static bool importFile(std::string_view content, const LogImportSettings& settings,
-                           std::vector<TraceObject>& out);
+                           TraceObjects& out);
 
  private:
     struct OpenLaunch {
@@ -49,14 +49,14 @@ class AndroidLogImporter {
         int64_t beganT = 0;
     };
 
-    void play(const LogEntry& entry, size_t lineNumber, std::vector<TraceObject>& out);
-    void become(const ActivityStart& start, std::vector<TraceObject>& out);
-    void become(const FirstFrame& frame, std::vector<TraceObject>& out);
-    void become(const AppSwitch& appSwitch, std::vector<TraceObject>& out);
-    void become(const ForceStop& stop, std::vector<TraceObject>& out);
-    static void become(std::monostate, std::vector<TraceObject>& /*out*/) {}
+    void play(const LogEntry& entry, size_t lineNumber, TraceObjects& out);
+    void become(const ActivityStart& start, TraceObjects& out);
+    void become(const FirstFrame& frame, TraceObjects& out);
+    void become(const AppSwitch& appSwitch, TraceObjects& out);
+    void become(const ForceStop& stop, TraceObjects& out);
+    static void become(std::monostate, TraceObjects& /*out*/) {}
     bool fits(const OpenLaunch& launch, int64_t durationMs) const;
-    void append(int64_t t, HintEvent event, std::vector<TraceObject>& out);
+    void append(int64_t t, HintEvent event, TraceObjects& out);
 
     LogImportSettings mSettings;
     AndroidLogReader mReader;

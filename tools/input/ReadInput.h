@@ -1,0 +1,23 @@
+#pragma once
+
+#include "tools/input/Input.h"
+
+namespace kestrel {
+
+// A file's objects, which are all in memory and leave it one by one.
+class ReadInput : public CheckedInput {
+ public:
+    explicit ReadInput(TraceObjects objects)
+        : mObjects(std::move(objects)), mTotal(mObjects.size()) {}
+
+    std::optional<TraceObject> next() override;
+    bool isAtEnd() const override { return mObjects.empty(); }
+    std::optional<InputSpan> span() const override;
+    InputProgress progress() const override { return {mTotal - mObjects.size(), mTotal}; }
+
+ private:
+    TraceObjects mObjects;
+    std::size_t mTotal;
+};
+
+}  // namespace kestrel
