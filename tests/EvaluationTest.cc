@@ -258,17 +258,17 @@ TEST_P(EvaluationTest, DrawsEveryLaunchAndBoostOnceAndInOrder) {
     EXPECT_EQ(drawn, expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Traces, EvaluationTest,
-    testing::Values("../../traces/avd-android7.0-28-runs", "AbsentService", "AppsWithoutDurations",
-                    "EventsThatCount", "FailingService", "GamesWithTheHardwareProfile",
-                    "RelearnsAfterAHundredLaunches", "RemovalsAcrossRestarts.1", "SwitchedOff", "1",
-                    "2", "3"),
-    [](const auto& info) {
-        std::string name = info.param.substr(info.param.rfind('/') + 1);
-        std::replace_if(name.begin(), name.end(), [](char c) { return std::isalnum(c) == 0; }, '_');
-        return name;
-    });
+// A real log, and what it does not hold: a disabled app, a service that refuses, and any order.
+INSTANTIATE_TEST_SUITE_P(Traces, EvaluationTest,
+                         testing::Values("../../traces/avd-android7.0-28-runs",
+                                         "AppsWithoutDurations", "FailingService", "1"),
+                         [](const auto& info) {
+                             std::string name = info.param.substr(info.param.rfind('/') + 1);
+                             std::replace_if(
+                                 name.begin(), name.end(),
+                                 [](char c) { return std::isalnum(c) == 0; }, '_');
+                             return name;
+                         });
 
 const std::string LAUNCH = Trace().launch("com.a", 10).str();
 

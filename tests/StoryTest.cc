@@ -1,7 +1,7 @@
 // Whole stories: a trace and the record stream that it must give. A story of several lives on one
 // root is NAME.1.jsonl, NAME.2.jsonl and so on. The expected stream, NAME.records, may begin with
-// a line "# only: KIND KIND ..." and then holds the records of these kinds alone. A line "..."
-// stands for records that repeat what was seen: none of them is of a state.
+// a line "# only: KIND KIND ..." and then holds the records of these kinds alone. A line of three
+// dots stands for records that repeat what was seen: none of them is of a state.
 
 #include <gtest/gtest.h>
 
