@@ -239,7 +239,7 @@ const RowNumber ROW_NUMBERS[] = {{"Usual", "1000", "1000"},
                                  {"Beyond", "5000000000", "1"},
                                  {"SQLitesLast", "9223372036854775807", "1"},
                                  {"None", "0", "1"},
-                                 {"Negative", "-1", "1"}};
+                                 {"Negative", "-1", "-1"}};
 
 INSTANTIATE_TEST_SUITE_P(Numbers, RowNumberTest, testing::ValuesIn(ROW_NUMBERS),
                          [](const auto& info) { return info.param.name; });

@@ -73,6 +73,8 @@ TEST_F(ProgramTest, WrongTracesAreToldByFileAndLineAndChangeNothing) {
          "the key \"hintType\" is missing"},
         {"feedback no object", R"({"t":11,"feedback":1})", "\"feedback\" must be an object"},
         {"beyond any number", R"({"t":1e999,"hintId":1})", "not a JSON object: number overflow"},
+        {"zero byte in a text", R"({"t":11,"hintId":1,"appName":"a\u0000b"})",
+         "\"appName\" must not hold a zero byte"},
         {"byte order mark", "\xef\xbb\xbf{\"t\":11,\"hintId\":1}",
          "not a JSON object: a byte order"},
     };
@@ -278,7 +280,7 @@ TEST_F(ProgramTest, PeopleSeeLaunchesAndATableWithinEightyColumns) {
     }
     EXPECT_EQ(lines[2],
               "    1d 01:00:00.000  ..ther.long.name/.MainActivity  learning    2000   15000");
-    EXPECT_EQ(lines[3], "    1d 01:00:50.000  ..ther.long.name/.MainActivity  measured 1000 ms");
+    EXPECT_EQ(lines[3], "    1d 01:00:01.000  ..ther.long.name/.MainActivity  measured 1000 ms");
     EXPECT_EQ(lines.back(),
               "..ther.long.name/.MainActivity        7        5  learned         1000      1");
 }

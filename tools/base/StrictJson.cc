@@ -94,7 +94,11 @@ std::string ObjectReader::toString(const json& value, const std::string& key) {
     if (!value.is_string()) {
         throw JsonError('"' + key + "\" must be a text");
     }
-    return value.get<std::string>();
+    auto text = value.get<std::string>();
+    if (text.find('\0') != std::string::npos) {
+        throw JsonError('"' + key + "\" must not hold a zero byte");
+    }
+    return text;
 }
 
 void ObjectReader::expectObject(const json& value, const std::string& key) {

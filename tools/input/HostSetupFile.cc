@@ -80,9 +80,6 @@ HostSetup toHost(const json& value) {
     ObjectReader reader(value);
     HostSetup setup;
     reader.readString("featureName", setup.featureName);
-    if (setup.featureName.find('\0') != std::string::npos) {
-        throw JsonError("\"featureName\" must not hold a zero byte: it names files");
-    }
     if (const json* found = reader.optional("properties")) {
         setup.properties = toTexts(*found, "properties");
     }
