@@ -407,6 +407,73 @@ TEST_F(ProgramTest, LogsAreImportedAsTheyAreReplayed) {
               withoutLines(mProgram.run("replay --json --host host.json events.jsonl").out));
 }
 
+TEST_F(ProgramTest, AFeatureThatIsOffIsToldWithTheReason) {
+    const struct {
+        const char* host;
+        const char* why;
+    } cases[] = {
+        {R"({"knobs":null})", "the feature was off, since the platform has no knob library"},
+        {R"({"knobs":[7]})", "the feature was off, since the knob library reports neither"},
+        {R"({"absent":["property"]})", "the feature was off, since the performance service"},
+        {R"({"properties":{}})", "the feature was off, since neither ro.vendor.perf.kap nor"},
+        {R"({"properties":{"ro.vendor.perf.kgm":"true"}})",
+         "the feature was off for apps, since ro.vendor.perf.kap is not"},
+    };
+    mProgram.write("trace.jsonl", LAUNCH + FRAME);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.host);
+        mProgram.write("host.json", std::string("{\"host\":") + c.host + "}");
+        std::string out = mProgram.run("replay --host host.json trace.jsonl").out;
+        std::erase(out, '\n');
+        EXPECT_NE(out.find(std::string("no launches: ") + c.why), std::string::npos) << out;
+        const bool isOffForAll = std::string_view(c.why).find("for apps") == std::string_view::npos;
+        out = mProgram.run("evaluate --json --host host.json trace.jsonl").out;
+        EXPECT_EQ(nlohmann::json::parse(out)["featureOff"].is_null(), !isOffForAll);
+    }
+}
+
+TEST_F(ProgramTest, AnInterruptedEvaluationSaysHowFarItCame) {
+    mProgram.write("long.jsonl", Trace().launches("com.a", 20000, 0, 900).str());
+    for (const std::string command : {"evaluate --json", "evaluate"}) {
+        mProgram.write("script", "env --default-signal=INT " KESTREL_PROGRAM " " + command +
+                                     " long.jsonl >result &\n"
+                                     "until [ -d kestrelhost-*/data ]; do :; done\n"
+                                     "kill -INT $!\nwait $!\necho $?\n");
+        const auto result = mProgram.run("--version >version && TMPDIR=. sh script");
+        EXPECT_EQ(result.out, "0\n");
+        EXPECT_TRUE(result.err.starts_with("interrupted at ")) << result.err;
+        const std::string told = mProgram.read("result");
+        if (command == "evaluate") {
+            EXPECT_NE(told.find("only a part: " + result.err), std::string::npos) << told;
+        } else {
+            const auto interrupted = nlohmann::json::parse(told)["interrupted"];
+            EXPECT_EQ(interrupted["input"], "long.jsonl");
+            EXPECT_LT(interrupted["events"], 60000);
+        }
+    }
+}
+
+// The limit of a file's size stands for a full disk.
+TEST_F(ProgramTest, ADatabaseThatCannotBeUsedIsToldAndNoNumberIsShown) {
+    mProgram.write("trace.jsonl", Trace().launches("com.a", 7, 0, 900).str());
+    mProgram.write("old.html", "good");
+    for (const std::string command :
+         {"evaluate", "evaluate --json", "report --out old.html", "replay --root root"}) {
+        SCOPED_TRACE(command);
+        mProgram.write("script", "trap '' XFSZ\nulimit -f 16\nexec " KESTREL_PROGRAM " " + command +
+                                     " trace.jsonl\n");
+        const auto result = mProgram.run("--version >version && sh script");
+        EXPECT_EQ(result.status, 1);
+        EXPECT_TRUE(
+            result.err.starts_with("kestrelhost: a database could not be opened, read or "
+                                   "written: "))
+            << result.err;
+        EXPECT_EQ(splitLines(result.err).size(), 1U) << result.err;
+        EXPECT_EQ(result.out.empty(), !command.starts_with("replay")) << result.out;
+    }
+    EXPECT_EQ(mProgram.read("old.html"), "good");
+}
+
 }  // namespace
 
 }  // namespace kestrel
