@@ -97,10 +97,18 @@ class BareTable {
         readInto(key, [&]() -> Row& { return row; }, each);
     }
 
+    // The newest row first, which is the one that counts.
+    void readNewest(const BareKey& key, Row& row) {
+        readInto(
+            key, [&]() -> Row& { return row; }, [](const Row&) {},
+            "SELECT *, rowid FROM %s %sORDER BY rowid DESC");
+    }
+
     // As read, into the row that `next` makes for each.
     template <class Next, class Each>
-    void readInto(const BareKey& key, Next next, Each each) {
-        sqlite3_stmt* statement = prepare("SELECT *, rowid FROM %s %s", key);
+    void readInto(const BareKey& key, Next next, Each each,
+                  const char* format = "SELECT *, rowid FROM %s %s") {
+        sqlite3_stmt* statement = prepare(format, key);
         while (sqlite3_step(statement) == SQLITE_ROW) {
             Row& row = next();
             fill(statement, row);

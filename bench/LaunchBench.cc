@@ -25,13 +25,13 @@ std::string appName(int n) {
 
 void readState(BareStores& stores, const char* app) {
     BareRow<AppState> row;
-    stores.state.read({app}, row, [](const auto&) {});
+    stores.state.readNewest({app}, row);
 }
 
 void writeState(BareStores& stores, const char* app, AppState state) {
     std::vector<BareRow<AppState>> rows(1);
     rows[0].appName = app;
-    stores.state.read({app}, rows[0], [](const auto&) {});
+    stores.state.readNewest({app}, rows[0]);
     rows[0].blob = state;
     stores.state.write(rows);
 }
@@ -114,7 +114,7 @@ void roadOfRemoval(BareStores& stores, const char* app) {
     stores.output.read({app}, records[0], [](const auto&) {});
     stores.output.erase(records);
     std::vector<BareRow<AppState>> states(1);
-    stores.state.read({app}, states[0], [](const auto&) {});
+    stores.state.readNewest({app}, states[0]);
     stores.state.erase(states);
 }
 
@@ -127,7 +127,7 @@ void roadOfRemovalWhileLearning(BareStores& stores, const char* app) {
     stores.input.read({app}, launch, [&](const auto& row) { launches.push_back(row); });
     stores.input.erase(launches);
     std::vector<BareRow<AppState>> states(1);
-    stores.state.read({app}, states[0], [](const auto&) {});
+    stores.state.readNewest({app}, states[0]);
     stores.state.erase(states);
 }
 

@@ -7,8 +7,6 @@
 #include "bench/StoreCases.h"
 #include "lmdb/LMDatabaseImpl.h"
 
-using namespace kestrel;
-
 LMDB_INSTANTIATE(SmallPayload);
 LMDB_INSTANTIATE(LargePayload);
 

@@ -6,6 +6,8 @@
 #include <string>
 #include <variant>
 
+#include "host/KestrelStartsHints.h"
+
 namespace kestrel {
 
 // An event for the feature, with the defaults of the trace format.
@@ -17,7 +19,7 @@ struct HintEvent {
     int32_t launchType = 0;
     int32_t launchArg = 0;
     int16_t featureVersion = 1;
-    uint16_t dataVersion = 112;
+    uint16_t dataVersion = KS_DATA_VERSION;
 };
 
 // A question to the feature's getData.
