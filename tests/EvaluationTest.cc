@@ -21,78 +21,6 @@ namespace {
 
 using Json = nlohmann::json;
 
-// The smallest value that at least `percent` % of the values do not exceed.
-template <class Value>
-Value percentile(const std::vector<Value>& values, std::size_t percent) {
-    std::vector<Value> candidates;
-    for (const Value& v : values) {
-        const auto notAbove = std::count_if(values.begin(), values.end(),
-                                            [&](const Value& other) { return other <= v; });
-        if (static_cast<std::size_t>(notAbove) * 100 >= percent * values.size()) {
-            candidates.push_back(v);
-        }
-    }
-    return *std::min_element(candidates.begin(), candidates.end());
-}
-
-// The numbers of one policy; `boostOf` gives the boost of a launch, or -1 to leave it out.
-template <class BoostOf>
-Json numbersOf(const std::vector<RecordStream::Launch>& launches, BoostOf boostOf) {
-    std::vector<double> coverage;
-    std::vector<int64_t> wasted;
-    double coverageSum = 0;
-    int64_t wastedSum = 0;
-    int64_t boosted = 0;
-    for (const auto& launch : launches) {
-        const int64_t boost = launch.durationMs.is_null() ? -1 : boostOf(launch);
-        if (boost < 0) {
-            continue;
-        }
-        const auto d = launch.durationMs.get<int64_t>();
-        const int64_t covered = boost < d ? boost : d;
-        coverage.push_back(d == 0 ? 1.0 : static_cast<double>(covered) / static_cast<double>(d));
-        wasted.push_back(boost - covered);
-        coverageSum += coverage.back();
-        wastedSum += wasted.back();
-        boosted += boost;
-    }
-    if (coverage.empty()) {
-        return {{"launches", 0},
-                {"coverage", {{"p10", nullptr}, {"p50", nullptr}, {"mean", nullptr}}},
-                {"fullyCovered", 0},
-                {"wastedMs", {{"p50", nullptr}, {"p90", nullptr}, {"mean", nullptr}}},
-                {"boostedMs", 0}};
-    }
-    const auto n = static_cast<double>(coverage.size());
-    return {{"launches", coverage.size()},
-            {"coverage",
-             {{"p10", percentile(coverage, 10)},
-              {"p50", percentile(coverage, 50)},
-              {"mean", coverageSum / n}}},
-            {"fullyCovered", std::count(coverage.begin(), coverage.end(), 1.0)},
-            {"wastedMs",
-             {{"p50", percentile(wasted, 50)},
-              {"p90", percentile(wasted, 90)},
-              {"mean", static_cast<double>(wastedSum) / n}}},
-            {"boostedMs", boosted}};
-}
-
-Json expectedPolicies(const std::vector<RecordStream::Launch>& launches) {
-    using L = RecordStream::Launch;
-    const auto fixed = [](int64_t ms) {
-        return [ms](const L& l) { return std::min(ms, l.untilNextMs); };
-    };
-    return {{"fixed2000", numbersOf(launches, fixed(2000))},
-            {"fixed5000", numbersOf(launches, fixed(5000))},
-            {"fixed15000", numbersOf(launches, fixed(15000))},
-            {"kestrel", numbersOf(launches, [](const L& l) { return l.boostMs; })},
-            {"kestrelLearning",
-             numbersOf(launches, [](const L& l) { return l.state < 4 ? l.boostMs : -1; })},
-            {"kestrelLearned",
-             numbersOf(launches, [](const L& l) { return l.state == 4 ? l.boostMs : -1; })},
-            {"ideal", numbersOf(launches, [](const L& l) { return l.durationMs.get<int64_t>(); })}};
-}
-
 // Some apps, a launcher and an ignored app, in any order; many things at the same time. Most frames
 // are of the app that was launched last.
 std::string randomTrace(unsigned seed) {
@@ -161,36 +89,11 @@ class EvaluationTest : public testing::TestWithParam<std::string> {
     ProgramRun mProgram;
 };
 
-TEST_P(EvaluationTest, AgreesWithTheRecordStream) {
-    const RecordStream stream(output("replay --json --no-sync " + trace()));
-    const Json evaluation = Json::parse(output("evaluate --json " + trace()));
-    const auto launches = stream.launches(true);
-    const Json expected = expectedPolicies(launches);
-    ASSERT_EQ(evaluation["policies"].size(), expected.size());
-    for (Json policy : evaluation["policies"]) {
-        SCOPED_TRACE(policy["id"]);
-        const Json& numbers = expected[policy["id"].get<std::string>()];
-        policy.erase("id");
-        policy.erase("name");
-        EXPECT_EQ(policy, numbers);
-    }
-    EXPECT_EQ(evaluation["summary"]["launches"], launches.size());
-    EXPECT_EQ(evaluation["summary"]["passedOver"], stream.launches(false).size());
-    EXPECT_EQ(evaluation["summary"]["measured"], expected["ideal"]["launches"]);
-    for (const Json& app : evaluation["apps"]) {
-        SCOPED_TRACE(app["app"]);
-        std::vector<RecordStream::Launch> own;
-        std::copy_if(launches.begin(), launches.end(), std::back_inserter(own),
-                     [&](const auto& launch) { return app["app"] == launch.app; });
-        EXPECT_EQ(app["launches"], own.size());
-        EXPECT_EQ(app["kestrel"], expectedPolicies(own)["kestrel"]);
-        EXPECT_EQ(app["fixed5000"], expectedPolicies(own)["fixed5000"]);
-    }
-}
-
 TEST_P(EvaluationTest, ListsEveryLaunchAndMark) {
     const RecordStream stream(output("replay --json --no-sync " + trace()));
     const Json data = pageData();
+    EXPECT_EQ(data["summary"]["launches"], stream.launches(true).size());
+    EXPECT_EQ(data["summary"]["passedOver"], stream.launches(false).size());
     for (const Json& app : data["apps"]) {
         SCOPED_TRACE(app["app"]);
         Json series = Json::array();
@@ -281,8 +184,14 @@ TEST(EvaluateTest, TablesFitEightyColumns) {
         EXPECT_LE(line.size(), 80U) << line;
     }
     for (const char* line :
-         {"  once learned           231  60.2 100.0  89.8   155   309   770   335    263473\n",
-          "..ag.gifreduxsample      247  60.3 100.0  90.2   166   317   788   510    330141\n",
+         {"..ag.gifreduxsample      247  60.3 100.0  90.2   166   317   788   510    330141\n",
+          "2000 ms for all          247 100.0 100.0  97.8   225   759  1597   828    443442\n",
+          "5000 ms for all          247 100.0 100.0 100.0   247  1668  4376  2062    764799\n",
+          "15000 ms for all         247 100.0 100.0 100.0   247  1708 14376  5072   1508461\n",
+          "KestrelStarts            247  60.3 100.0  90.2   166   317   788   510    330141\n",
+          "  while learning          16  86.7 100.0  95.9    11   720 13390  3038     66668\n",
+          "  once learned           231  60.2 100.0  89.8   155   309   770   335    263473\n",
+          "ideal                    247 100.0 100.0 100.0   247     0     0     0    255586\n",
           "not counted: 1 without a first frame, 0 passed over by the feature\n"}) {
         EXPECT_NE(result.out.find(line), std::string::npos) << line << result.out;
     }

@@ -14,7 +14,6 @@
 
 #include "tests/support/ProgramRun.h"
 #include "tests/support/Trace.h"
-#include "tools/input/InputSequence.h"
 
 namespace kestrel {
 
@@ -202,34 +201,6 @@ TEST_F(ProgramTest, InputsFollowEachOtherOnOneClock) {
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err.find("b.jsonl:1: \"t\" does not fit"), 0U) << result.err;
     EXPECT_FALSE(std::filesystem::exists(mProgram.path("root")));
-}
-
-TEST_F(ProgramTest, ASequenceOfInputsTellsHowFarItHasCome) {
-    const std::string file = mProgram.path(mProgram.write("a.jsonl", std::string(LAUNCH) + FRAME));
-    const std::string none = mProgram.path(mProgram.write("none.jsonl", "# nothing\n"));
-    InputSequence files({file, none}, std::nullopt, InputKinds::tracesAndLogs);
-    EXPECT_FALSE(files.hasLiveInput());
-    EXPECT_EQ(files.progress().total, 2U);
-    ASSERT_TRUE(files.next());
-    EXPECT_EQ(files.progress().done, 1U);
-    EXPECT_EQ(files.currentName(), file);
-    EXPECT_FALSE(files.isAtEnd());
-    ASSERT_TRUE(files.next());
-    EXPECT_TRUE(files.isAtEnd());
-    EXPECT_FALSE(files.next());
-
-    ASSERT_NE(std::freopen(file.c_str(), "r", stdin), nullptr);
-    InputSequence live({file, "-"}, std::nullopt, InputKinds::tracesAndLogs);
-    EXPECT_TRUE(live.hasLiveInput());
-    for (const bool isLive : {false, false, true, true}) {
-        ASSERT_TRUE(live.next());
-        EXPECT_EQ(live.currentIsLive(), isLive);
-        EXPECT_EQ(live.currentName(), isLive ? "-" : file);
-        EXPECT_FALSE(live.isAtEnd());
-    }
-    EXPECT_FALSE(live.next());  // only then one knows
-    EXPECT_TRUE(live.isAtEnd());
-    EXPECT_EQ(live.currentName(), "-");
 }
 
 TEST_F(ProgramTest, RunsOnARootContinueAndStayBelowIt) {

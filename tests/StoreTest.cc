@@ -64,32 +64,6 @@ TEST_F(StoreTest, UnsetColumnsAreNullWhateverTheRowBeforeHad) {
     EXPECT_EQ(db->getCountDR<KSInputDbData>(key), 1);
 }
 
-TEST_F(StoreTest, ARowThatTheTableRefusesIsDroppedAndTheOthersAreStored) {
-    auto db = open();
-    write(*db, {newRow(*db, "a", 1), newRow(*db, "", 2), newRow(*db, "c", 3)});
-    EXPECT_EQ(durations(*db), (std::vector<int>{1, 3}));
-    EXPECT_EQ(mHost.takeLog(),
-              (Lines{"writeCachedDRToDisk() 321: sql:ERROR:Dbt=launches info=19",
-                     "writeCachedDRToDisk() 322: sql:ERROR:Dbt=launches info=19"}));
-    const std::lock_guard<std::mutex> lock(db->clstMutex);
-    EXPECT_TRUE(db->clst.empty());
-}
-
-TEST_F(StoreTest, WithoutATransactionEachRowIsStoredByItself) {
-    auto db = open();
-    exec(*db, "BEGIN");
-    Rows rows = {newRow(*db, "a", 1)};
-    EXPECT_EQ(db->writeDeallocateDR<KSInputDbData>(rows), -1);
-    EXPECT_EQ(durations(*db), std::vector<int>{1});
-    EXPECT_EQ(mHost.takeLog(),
-              (Lines{"writeCachedDRToDisk() 271: sql:ERROR:Dbt=launches info=cannot start a "
-                     "transaction within a transaction",
-                     "writeCachedDRToDisk() 326: sql:ERROR:Dbt=launches info=cannot commit - no "
-                     "transaction is active",
-                     "writeCachedDRToDisk() 326: sql:ERROR:Dbt=launches info=cannot rollback - no "
-                     "transaction is active"}));
-}
-
 TEST_F(StoreTest, RowsThatCannotBeWrittenYetStayCached) {
     auto db = open();
     exec(*db, "DROP TABLE launches");

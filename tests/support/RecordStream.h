@@ -31,7 +31,6 @@ class RecordStream {
         int state;
         Json durationMs;  // or null
         int64_t boostMs;
-        int64_t untilNextMs;
     };
 
     std::vector<Launch> launches(bool actedOn) const {
@@ -40,8 +39,8 @@ class RecordStream {
             if (isLaunch(i) && isActedOn(i) == actedOn) {
                 const Json& event = mRecords[i];
                 const std::string app = event["appName"];
-                found.push_back({i, event["t"], app, stateAfter(i, app), durationOf(i), boostOf(i),
-                                 untilNext(i)});
+                found.push_back(
+                    {i, event["t"], app, stateAfter(i, app), durationOf(i), boostOf(i)});
             }
         }
         return found;
@@ -162,15 +161,6 @@ class RecordStream {
             }
         }
         return end - t;
-    }
-
-    int64_t untilNext(std::size_t launch) const {
-        for (std::size_t i = launch + 1; i < mRecords.size(); ++i) {
-            if (isLaunch(i) && isActedOn(i)) {
-                return mRecords[i]["t"].get<int64_t>() - mRecords[launch]["t"].get<int64_t>();
-            }
-        }
-        return std::numeric_limits<int32_t>::max();
     }
 
     std::vector<Json> mRecords;
