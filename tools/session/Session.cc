@@ -90,7 +90,7 @@ class Session {
             wrongInput = error;
         }
         mDamaged = before.isDamaged();
-        end(wrongInput.has_value());
+        end(before, wrongInput.has_value());
         tellFailures(wrongInput);
     }
 
@@ -122,12 +122,13 @@ class Session {
                         progress.total > 0 ? progress.done * 100 / progress.total : 0, mDelivered};
     }
 
-    void end(bool isInputWrong) {
+    void end(const LearningStore& before, bool isInputWrong) {
         const std::string version = mHost.featureVersion();
         mHost.endInput();
         tell([](SessionObserver& observer) { observer.onInputEnd(); });
         mHost.stop();
-        const LearningStore after = readStore();
+        // Without an event nothing was learned, and a read that the user ended is not begun again.
+        const LearningStore after = mDelivered > 0 ? readStore() : before;
         const std::string& storeFailure = mStoreFailure.firstLine();
         const SessionEnd end{after, version, mInterrupted, storeFailure,
                              isInputWrong || mDamaged || !storeFailure.empty()};
