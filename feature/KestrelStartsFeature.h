@@ -67,7 +67,7 @@ class KestrelStartsFeature : public Feature {
     // The average of the rows' durations without zeros and outliers, in ms; 0 when there is none.
     // REQUIRES: count is at most the number of rows.
     void getAvgLaunchValues(std::vector<LMDBDataRow<KSInputDbData>*> rows, int count, int& average);
-    // One outlier pass against the mean of the first k values; true when it removed one.
+    // One outlier pass against the mean of the first k values; true when it removed one or failed.
     bool cleanEpDataSet(std::vector<int>& dataSet, int k);
     // The average of an app whose launches measured nothing: 0, noted in a CSV file.
     void getAvgLaunchValuesForced(std::vector<LMDBDataRow<KSInputDbData>*> rows, int& average);
@@ -105,11 +105,12 @@ class KestrelStartsFeature : public Feature {
     bool readEnablement();
     // REQUIRES, from here: the action is there, and what else the caller has tested.
     void decide(KestrelStartsAction* action, AsyncTriggerPayload const& payload);
-    // The duration that `count` stored launches, which are read into `rows`, come to; none when
-    // they disable the app instead, which takes the rows over.
+    // The duration that the launches in `rows` come to, of `count` that are stored; none when they
+    // disable the app, which takes the rows over.
     std::optional<int> evaluate(std::vector<LMDBDataRow<KSInputDbData>*>& rows, int32_t count,
                                 AsyncTriggerPayload const& payload);
-    // Writes the decision and deletes the launches, as far as the app's state has it so.
+    // By the app's state, writes the decision and deletes the launches, or deletes the record. Rows
+    // that are left stay the caller's.
     void storeDecision(LMDatabase<KSPerfdOutput>& outputDb,
                        std::vector<LMDBDataRow<KSInputDbData>*>& rows,
                        AsyncTriggerPayload const& payload, int durationMs);

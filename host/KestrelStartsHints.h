@@ -3,7 +3,8 @@
 #include <cstdint>
 
 // The identifiers that the feature, its host and the performance service share: of events, of boost
-// requests and of queries. And the modules that begin the feature's log lines.
+// requests, of queries and of the properties that switch the feature on. And the modules that begin
+// the feature's log lines.
 
 inline constexpr uint16_t KS_DATA_VERSION = 112;  // the only payload layout that is accepted
 
@@ -32,7 +33,7 @@ inline constexpr int KS_DATA_LAUNCH_DURATION = 3;
 inline constexpr int KS_DATA_SECOND_METRIC = 4;
 inline constexpr int KS_DATA_LEARNING_PID = 5;
 
-// The properties that switch the feature on, for launches of apps and of games.
+// For launches of apps, and of games.
 inline constexpr const char* KS_PROPERTY_APPS = "ro.vendor.perf.kap";
 inline constexpr const char* KS_PROPERTY_GAMES = "ro.vendor.perf.kgm";
 

@@ -35,8 +35,10 @@ void KestrelStartsFeature::getAvgLaunchValues(std::vector<LMDBDataRow<KSInputDbD
 }
 
 bool KestrelStartsFeature::cleanEpDataSet(std::vector<int>& dataSet, int k) {
-    const auto observe = [](auto...) {};
-    return removeOutliers(dataSet, k, observe, ExceptionLog{KS_MODULE, "cleanEpDataSet", 201, 204});
+    bool erased = true;  // what a pass that failed reports
+    guarded([&] { erased = removeOutliers(dataSet, k, [](auto...) {}); },
+            ExceptionLog{KS_MODULE, "cleanEpDataSet", 201, 204});
+    return erased;
 }
 
 void KestrelStartsFeature::getAvgLaunchValuesForced(

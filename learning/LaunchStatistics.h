@@ -8,9 +8,8 @@
 
 #include "host/LaunchMeter.h"
 #include "learning/LearningRecords.h"
-#include "lmdb/LMLog.h"
 
-// The arithmetic of learning, on values alone. Durations in ms.
+// The arithmetic of learning, on values alone but for the host's percentage. Durations in ms.
 
 // A value that differs from the mean by this many per cent or more is an outlier.
 inline constexpr float KS_OUTLIER_PERCENTAGE = 90.0F;
@@ -26,13 +25,13 @@ inline bool hasDuration(KSInputDbData const& launch) {
 // REQUIRES: there are as many values.
 int32_t truncatedMean(std::vector<int> const& values, std::size_t count);
 
-// One pass against the mean of the first k values; true when it removed one or failed. Needs k + 2
-// values and a mean that is not 0. The value behind a removed one is not examined. `observe` is
-// told the mean and, of each value examined, its index before the pass, the percentage and whether
-// it goes. An exception ends the pass and goes to `onException`, as with guarded: what was removed
-// before it stays removed, the rest stays.
-template <class Observer, class OnException>
-bool removeOutliers(std::vector<int>& dataSet, int k, Observer observe, OnException onException) {
+// One pass against the mean of the first k values; true when it removed one. Needs k + 2 values and
+// a mean that is not 0. The value behind a removed one is not examined. `observe` is told the mean
+// and, of each value examined, its index before the pass, the percentage and whether it goes.
+// Throws what the host's percentage function throws: what was removed before that stays removed,
+// the rest stays.
+template <class Observer>
+bool removeOutliers(std::vector<int>& dataSet, int k, Observer observe) {
     if (k < 0 || static_cast<std::size_t>(k) + 1 >= dataSet.size()) {
         return false;
     }
@@ -42,7 +41,7 @@ bool removeOutliers(std::vector<int>& dataSet, int k, Observer observe, OnExcept
     }
     auto kept = dataSet.begin();  // the values before it stay, those from it to `next` have gone
     auto next = dataSet.begin();
-    const auto pass = [&] {
+    try {
         while (next != dataSet.end()) {
             const float percentage = LaunchMeter::calcDiffPercentage(static_cast<float>(mean),
                                                                      static_cast<float>(*next));
@@ -50,20 +49,22 @@ bool removeOutliers(std::vector<int>& dataSet, int k, Observer observe, OnExcept
             observe(mean, static_cast<std::size_t>(next - dataSet.begin()), percentage, isOutlier);
             // The value behind an outlier is left to the next pass and its new mean.
             if (isOutlier && ++next == dataSet.end()) {
-                return;
+                break;
             }
             *kept++ = *next++;
         }
-    };
-    const bool ended = guarded(pass, onException);
+    } catch (...) {
+        dataSet.erase(kept, next);
+        throw;
+    }
     const bool removed = kept != next;
     dataSet.erase(kept, next);
-    return removed || !ended;
+    return removed;
 }
 
 // Sorts the durations, has `pass` remove outliers against the larger half until it removes no more,
 // and averages what is left. One or two durations are averaged as they are; 0 for none. `pass` gets
-// the durations and how many are the larger half, and is false when it removed none.
+// the durations and how many are the larger half, and is false when there was nothing to remove.
 template <class Pass>
 int32_t averageWithoutOutliers(std::vector<int>& durations, Pass pass) {
     if (durations.size() > 2) {

@@ -84,7 +84,7 @@ void KestrelStartsFeature::storeDecision(LMDatabase<KSPerfdOutput>& outputDb,
             row->appName = app;
             row->intcol1 = payload.hintId;
             outputDb.writeDeallocateDR<KSPerfdOutput>(output.rows);
-            KSFeaturesList::exportToFile(KS_STATUS_FIRST_DECISION, durationMs, app.c_str());
+            KSFeaturesList::exportToFile(KS_EXPORT_FIRST_DECISION, durationMs, app.c_str());
             for (const AppState state : {APP_STATE_EVALUATING, APP_STATE_EVALUATED,
                                          APP_STATE_DECIDING, APP_STATE_LEARNED}) {
                 mFeatureState.writeState(app, state);
@@ -98,7 +98,7 @@ void KestrelStartsFeature::storeDecision(LMDatabase<KSPerfdOutput>& outputDb,
             mFeatureState.writeState(app, APP_STATE_LEARNED);
             LM_LOG(KS_MODULE, FUNCTION, 464, "deleteDeallocateDR<KSInputDbData>(inDbRows)");
             mFeatureInputDb->deleteDeallocateDR<KSInputDbData>(rows);
-            KSFeaturesList::exportToFile(KS_STATUS_LATER_DECISION, durationMs, app.c_str());
+            KSFeaturesList::exportToFile(KS_EXPORT_LATER_DECISION, durationMs, app.c_str());
             return;
         case DecisionStep::none:
             mFeatureInputDb->freeRow(rows);
@@ -117,8 +117,8 @@ void KestrelStartsFeature::disableFeature(std::vector<LMDBDataRow<KSInputDbData>
 }
 
 int KestrelStartsFeature::isHeavyGame(std::string app) {
-    // Its size here is not one to rely on: a device's header must have the host's whole record, all
-    // of which the classifier may fill.
+    // Its size here is not one to rely on: a device's header must declare all of the host's record,
+    // since the classifier may write behind `value`.
     featureData data;
     const auto ask = [&] {
         std::string classifier = "AppClassifier";

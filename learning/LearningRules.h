@@ -12,9 +12,9 @@ inline constexpr int32_t KS_LAUNCHES_TO_DECIDE = 5;
 inline constexpr int32_t KS_LAUNCHES_TO_DISABLE = 10;  // without an average
 inline constexpr int32_t KS_LAUNCHES_TO_RELEARN = 100;
 
-// The feature's status entries that end a learning.
-inline constexpr const char* KS_STATUS_FIRST_DECISION = "Data Complete - Eval Required";
-inline constexpr const char* KS_STATUS_LATER_DECISION = "Learning Complete - ENABLED KS";
+// What the feature exports when a duration has been learned.
+inline constexpr const char* KS_EXPORT_FIRST_DECISION = "Data Complete - Eval Required";
+inline constexpr const char* KS_EXPORT_LATER_DECISION = "Learning Complete - ENABLED KS";
 
 // What an evaluation does with its result.
 enum class DecisionStep {

@@ -233,17 +233,18 @@ TEST(EvaluateTest, FilesThatCannotBeWrittenAreToldBeforeAnythingIsPlayed) {
 }
 
 TEST(EvaluateTest, FilesAppearWholeOrNotAtAll) {
+    using std::filesystem::perms;
+    constexpr perms MODE = perms::owner_read | perms::owner_write | perms::others_read;
     const ProgramRun program;
     program.write("trace.jsonl", LAUNCH);
     program.write("old.json", "good");
-    std::filesystem::permissions(program.path("old.json"), std::filesystem::perms(0604));
+    std::filesystem::permissions(program.path("old.json"), MODE);
     std::filesystem::create_symlink("old.json", program.path("link.json"));
     EXPECT_EQ(program.run("replay --trace-out link.json --root /proc/none trace.jsonl").status, 1);
     EXPECT_EQ(program.read("old.json"), "good");
     EXPECT_EQ(program.run("replay --trace-out link.json trace.jsonl").status, 0);
     EXPECT_FALSE(Json::parse(program.read("old.json"))["traceEvents"].empty());
-    EXPECT_EQ(std::filesystem::status(program.path("old.json")).permissions(),
-              std::filesystem::perms(0604));
+    EXPECT_EQ(std::filesystem::status(program.path("old.json")).permissions(), MODE);
     EXPECT_TRUE(std::filesystem::is_symlink(program.path("link.json")));
     EXPECT_EQ(program.run("report --out new.html trace.jsonl").status, 0);
     EXPECT_EQ(std::filesystem::status(program.path("new.html")).permissions(),

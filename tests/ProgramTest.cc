@@ -79,7 +79,9 @@ TEST_F(ProgramTest, WrongTracesAreToldByFileAndLineAndChangeNothing) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        mProgram.write("bad.jsonl", "# comment\n\n" + LAUNCH + c.lines + "\n" + LEAVE);
+        std::string bad = "# comment\n\n";
+        bad.append(LAUNCH).append(c.lines).append("\n").append(LEAVE);
+        mProgram.write("bad.jsonl", bad);
         mProgram.write("good.jsonl", LAUNCH);
         const auto result = mProgram.run("replay --json --root root good.jsonl bad.jsonl");
         EXPECT_EQ(result.status, 2);
@@ -110,7 +112,7 @@ TEST_F(ProgramTest, WrongSetUpsAreTold) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.host);
         const std::string object = std::string("{\"host\":") + c.host + "}";
-        mProgram.write("host.json", "# set-up\n" + object + "\n");
+        mProgram.write("host.json", std::string("# set-up\n").append(object).append("\n"));
         mProgram.write("trace.jsonl", object + "\n" + LAUNCH);
         mProgram.write("good.jsonl", LAUNCH);
         auto result = mProgram.run("replay --host host.json good.jsonl");

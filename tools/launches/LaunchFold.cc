@@ -155,7 +155,7 @@ void LaunchFold::add(const record::Export& status) {
     tell([&](LaunchObserver& observer) {
         observer.onStatus({mT, status.app, status.text, status.value});
     });
-    if (status.text == KS_STATUS_FIRST_DECISION || status.text == KS_STATUS_LATER_DECISION) {
+    if (status.text == KS_EXPORT_FIRST_DECISION || status.text == KS_EXPORT_LATER_DECISION) {
         mark(status.app, AppMark::Kind::learned, status.value);
     }
 }

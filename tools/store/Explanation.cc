@@ -22,8 +22,7 @@ DurationEvaluation evaluate(const std::vector<int>& durations, int32_t count, in
             pass.seen.meanMs = meanMs;
             pass.seen.examined.push_back({index, percentage, removed});
         };
-        const auto onException = [](const char*) { throw; };  // the caller's
-        return removeOutliers(values, k, record, onException);
+        return removeOutliers(values, k, record);
     });
     e.isUnusable = isUnusable(count, e.average);
     if (e.isUnusable) {
