@@ -284,6 +284,7 @@ TEST_F(ProgramTest, AReaderThatHasGoneEndsTheReplayQuietly) {
     EXPECT_EQ(result.err, "");
     EXPECT_TRUE(std::filesystem::is_empty(mProgram.path("tmp")));
     EXPECT_EQ(mProgram.run("replay --json trace.jsonl > /dev/full").status, 1);
+    EXPECT_EQ(mProgram.run("replay trace.jsonl >&-").status, 1);
 }
 
 // A replay whose output nobody takes, once it waits for that.
@@ -399,9 +400,8 @@ TEST_F(ProgramTest, AFeatureThatIsOffIsToldWithTheReason) {
         std::string out = mProgram.run("replay --host host.json trace.jsonl").out;
         std::erase(out, '\n');
         EXPECT_NE(out.find(std::string("no launches: ") + c.why), std::string::npos) << out;
-        const bool isOffForAll = std::string_view(c.why).find("for apps") == std::string_view::npos;
         out = mProgram.run("evaluate --json --host host.json trace.jsonl").out;
-        EXPECT_EQ(nlohmann::json::parse(out)["featureOff"].is_null(), !isOffForAll);
+        EXPECT_TRUE(nlohmann::json::parse(out)["featureOff"].get<std::string>().starts_with(c.why));
     }
 }
 

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <cstring>
-
 #include "tests/support/DatabaseFile.h"
 #include "tests/support/StoreFixture.h"
 
@@ -64,25 +62,13 @@ TEST_F(StoreTest, UnsetColumnsAreNullWhateverTheRowBeforeHad) {
     EXPECT_EQ(db->getCountDR<KSInputDbData>(key), 1);
 }
 
-TEST_F(StoreTest, RowsThatCannotBeWrittenYetStayCached) {
+TEST_F(StoreTest, RowsThatCannotBeWrittenYetAreWhenItCloses) {
     auto db = open();
     exec(*db, "DROP TABLE launches");
     Rows rows = {newRow(*db, "a", 1)};
     EXPECT_EQ(db->writeDeallocateDR<KSInputDbData>(rows), -1);
-    EXPECT_EQ(mHost.takeLog(),
-              Lines{"writeCachedDRToDisk() 263: ERROR:Dbt=launches info=no such table: launches"});
-    EXPECT_EQ(read(*db), Rows{});
-    LMDBDataRowKey all;
-    EXPECT_EQ(db->getCountDR<KSInputDbData>(all), 0);
     rows = db->getRow(1);
     EXPECT_EQ(db->deleteDeallocateDR<KSInputDbData>(rows), -1);
-    EXPECT_TRUE(rows.empty());
-    EXPECT_EQ(
-        mHost.takeLog(),
-        (Lines{"readAllocateDR() 448: sql:ERROR:Dbt=launches info=no such table: launches",
-               "getCountDR() 390: sql:ERROR:Dbt=launches info=no such table: launches",
-               "deleteDeallocateDR() 554: sql:ERROR:Dbt=launches info=no such table: launches"}));
-    // The next flush that can takes them, here the one of closing.
     exec(*db, "CREATE TABLE launches(intcol1 INTEGER, appName TEXT, rsvdName TEXT, blob BLOB)");
     db.reset();
     EXPECT_EQ(durations(*open()), std::vector<int>{1});
@@ -193,38 +179,6 @@ TEST_F(StoreTest, KeyTexts) {
         InputDb::build_query_for_where_clause(key, query);
         EXPECT_EQ(query, std::string("x ") + c.text);
     }
-}
-
-TEST_F(StoreTest, GetRowMakesAtMostAHundredBlankRows) {
-    auto db = open();
-    EXPECT_TRUE(db->getRow(0).empty());
-    Rows rows = db->getRow(250);
-    ASSERT_EQ(rows.size(), 100U);
-    EXPECT_EQ(rows.back()->rowid, 0);
-    EXPECT_EQ(rows.back()->intcol1, 2147483647);
-    EXPECT_EQ(rows.back()->blob.launchDuration, 0);
-    delete rows[1];
-    rows[1] = nullptr;
-    db->freeRow(rows);
-    EXPECT_TRUE(rows.empty());
-
-    LMDatabase<KSPerfdOutput> output(0, "", "output_table");
-    auto outputRows = output.getRow(1);
-    const KSPerfdOutput zero{};
-    EXPECT_EQ(std::memcmp(&outputRows.front()->blob, &zero, sizeof(zero)), 0);
-    output.freeRow(outputRows);
-}
-
-TEST_F(StoreTest, BoundedCopyTakesTheSmallerSize) {
-    unsigned char small[8] = {1, 2, 3, 4, 5, 6, 7, 8};
-    unsigned char large[536];
-    std::memset(large, 0xEE, sizeof(large));
-    EXPECT_EQ(InputDb::LMDB_memscpy(large, sizeof(large), small, sizeof(small)), 8U);
-    EXPECT_EQ(large[7], 8);
-    EXPECT_EQ(large[8], 0xEE);
-    EXPECT_EQ(InputDb::LMDB_memscpy(small, sizeof(small), large + 8, 528), 8U);
-    EXPECT_EQ(small[7], 0xEE);
-    EXPECT_EQ(InputDb::LMDB_memscpy(small, 0, large, 8), 0U);
 }
 
 }  // namespace

@@ -117,7 +117,7 @@ void OutputFile::openBeside() {
         throw cannotWrite(mName, errno);
     }
     const mode_t mode = modeFor(mPlace);
-    std::string temporary = mPlace.string() + ".XXXXXX";
+    std::string temporary = (mPlace.parent_path() / ".kestrelhost-XXXXXX").string();
     mFile = mkostemp(temporary.data(), O_CLOEXEC);
     if (mFile < 0) {
         throw cannotWrite(mName, errno);

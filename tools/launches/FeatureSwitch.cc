@@ -32,9 +32,4 @@ FeatureSwitch::State FeatureSwitch::state() const {
     return mGames ? State::appsOff : State::bothOff;
 }
 
-bool FeatureSwitch::isOff() const {
-    const State now = state();
-    return now != State::on && now != State::appsOff && now != State::gamesOff;
-}
-
 }  // namespace kestrel

@@ -25,9 +25,6 @@ class FeatureSwitch {
 
     State state() const;
 
-    // Whether no launch of any kind counts.
-    bool isOff() const;
-
  private:
     bool mAskedKnobs = false;
     bool mKnobOn = false;

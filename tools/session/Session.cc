@@ -79,6 +79,9 @@ class Session {
     void play() {
         const LearningStore before = readStore();
         tellDamage(before);
+        if (wasInterrupted() && before.isDamaged()) {
+            throw std::runtime_error("interrupted before anything was played");
+        }
         tell([&](SessionObserver& observer) { observer.onStart(before); });
         mHost.start(mInputs.firstT());
         print();

@@ -47,6 +47,15 @@ bool holdsAny(const fs::path& folder, const std::string& featureName) {
 // Whose files are read: a host makes a table that is missing, where others are told that it is.
 enum class Reader { host, other };
 
+// Whether a log or a journal lies beside the file: a host that was killed as it began may have made
+// no table yet.
+bool isBegun(const fs::path& file) {
+    return std::ranges::any_of(std::array{"-wal", "-journal"}, [&](const char* suffix) {
+        std::error_code error;
+        return fs::exists(file.string() + suffix, error);
+    });
+}
+
 // Reads the rows of one table that the plug-in would find.
 StoreFile readTable(const fs::path& folder, const std::string& name, const char* table,
                     const LMDBDataRowKey& key, Reader reader,
@@ -59,7 +68,8 @@ StoreFile readTable(const fs::path& folder, const std::string& name, const char*
     file.found = true;
     try {
         DatabaseSnapshot database(folder / name);
-        if (reader == Reader::other || database.hasTable(table)) {
+        const bool mayLackTable = reader == Reader::host || isBegun(folder / name);
+        if (!mayLackTable || database.hasTable(table)) {
             database.forEachRow(table, key, onRow);
         }
         database.check();

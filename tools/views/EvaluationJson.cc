@@ -122,11 +122,12 @@ Json toJson(const Evaluation& evaluation, const EvaluationSubject& subject,
         }
         apps.push_back(std::move(entry));
     }
-    const FeatureSwitch& feature = evaluation.featureSwitch();
+    const std::string off =
+        evaluation.launches().empty() ? switchWords(evaluation.featureSwitch().state()) : "";
     return {{"title", titleOf(subject.inputs)},
             {"version", subject.featureVersion},
             {"interrupted", subject.interrupted ? toJson(*subject.interrupted) : Json()},
-            {"featureOff", feature.isOff() ? Json(switchWords(feature.state())) : Json()},
+            {"featureOff", off.empty() ? Json() : Json(off)},
             {"summary", summaryOf(evaluation)},
             {"policies", policiesOf(evaluation)},
             {"apps", std::move(apps)}};
