@@ -113,7 +113,7 @@ TEST_F(ProgramTest, WrongSetUpsAreTold) {
         SCOPED_TRACE(c.host);
         const std::string object = std::string("{\"host\":") + c.host + "}";
         mProgram.write("host.json", std::string("# set-up\n").append(object).append("\n"));
-        mProgram.write("trace.jsonl", object + "\n" + LAUNCH);
+        mProgram.write("trace.jsonl", std::string(object).append("\n").append(LAUNCH));
         mProgram.write("good.jsonl", LAUNCH);
         auto result = mProgram.run("replay --host host.json good.jsonl");
         EXPECT_EQ(result.status, 2);
