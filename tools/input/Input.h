@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "host/linux/HostSetup.h"
+#include "tools/input/InputSummary.h"
 #include "tools/input/TraceObject.h"
 
 namespace kestrel {
@@ -48,6 +49,10 @@ class CheckedInput {
     virtual std::optional<InputSpan> span() const { return std::nullopt; }
 
     virtual InputProgress progress() const { return {}; }
+
+    // What the input was found to be so far; complete at the end. Its clock is known once there is
+    // an object.
+    virtual InputSummary summary() const { return {}; }
 };
 
 // An input whose kind is known, and with it the set-up that it asks for.

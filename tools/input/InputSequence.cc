@@ -46,8 +46,9 @@ bool InputSequence::Item::isLive() const {
 }
 
 InputSequence::InputSequence(const std::vector<std::string>& names,
-                             const std::optional<std::string>& hostFile, InputKinds kinds)
-    : mKinds(kinds), mHasHostFile(hostFile.has_value()) {
+                             const std::optional<std::string>& hostFile, InputKinds kinds,
+                             ReadObserver* observer)
+    : mKinds(kinds), mObserver(observer), mHasHostFile(hostFile.has_value()) {
     open(names);
     chooseSetup(hostFile);
     checkFiles();
@@ -145,6 +146,8 @@ void InputSequence::moveBehindLast(TraceObject& object) {
     const std::string& name = currentName();
     if (!mShift) {
         mShift = shiftBehind(mLastT, object.t, name, object.line);
+        mCalendar.add(movedBy(object.t, *mShift, name, object.line), *mShift,
+                      current().checked->summary().clock);
     }
     object.t = movedBy(object.t, *mShift, name, object.line);
     mLastT = object.t;
@@ -162,6 +165,20 @@ bool InputSequence::hasLiveInput() const {
 InputProgress InputSequence::progress() const {
     const Item& item = current();
     return item.checked != nullptr ? item.checked->progress() : InputProgress{};
+}
+
+std::vector<InputSummary> InputSequence::summaries() const {
+    std::vector<InputSummary> summaries;
+    for (const Item& item : mItems) {
+        InputSummary& summary = summaries.emplace_back();
+        if (item.checked != nullptr) {
+            summary = item.checked->summary();
+        }
+        if (summary.name.empty()) {
+            summary.name = item.name;
+        }
+    }
+    return summaries;
 }
 
 const InputSequence::Item& InputSequence::current() const {

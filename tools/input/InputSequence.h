@@ -8,8 +8,11 @@
 #include <vector>
 
 #include "host/linux/HostSetup.h"
+#include "tools/base/ReadObserver.h"
+#include "tools/input/Calendar.h"
 #include "tools/input/Input.h"
 #include "tools/input/InputKind.h"
+#include "tools/input/InputSummary.h"
 #include "tools/input/TraceObject.h"
 
 namespace kestrel {
@@ -22,9 +25,10 @@ class InputSequence {
     // Opens all and finds the one set-up for them: that of `hostFile` if it is given, else what the
     // first input brings; others must agree. Then checks all files. Standard input is not waited
     // for, unless it comes first and its set-up is needed.
+    // `observer` is told of the reading, if there is one; borrowed.
     // REQUIRES: at least one name.
     InputSequence(const std::vector<std::string>& names, const std::optional<std::string>& hostFile,
-                  InputKinds kinds);
+                  InputKinds kinds, ReadObserver* observer = nullptr);
 
     const HostSetup& setup() const { return mSetup; }
 
@@ -48,6 +52,13 @@ class InputSequence {
     // Of the current input.
     InputProgress progress() const;
 
+    // Of the inputs that have begun to deliver.
+    const Calendar& calendar() const { return mCalendar; }
+
+    // Of all inputs, in their order; complete at the end. An input that has not begun has its name
+    // only.
+    std::vector<InputSummary> summaries() const;
+
  private:
     // A file is recognised and checked at the beginning, a live input when its turn comes.
     struct Item {
@@ -67,6 +78,7 @@ class InputSequence {
     const Item& current() const;
 
     InputKinds mKinds;
+    [[maybe_unused]] ReadObserver* mObserver;  // null: nobody asked
     std::vector<Item> mItems;
     bool mHasHostFile;
     HostSetup mSetup;
@@ -74,6 +86,7 @@ class InputSequence {
     std::size_t mCurrent = 0;       // the items before it have ended
     std::optional<int64_t> mLastT;  // on the common clock
     std::optional<int64_t> mShift;  // of the current input, once its first object is known
+    Calendar mCalendar;
 };
 
 }  // namespace kestrel
