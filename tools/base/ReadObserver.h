@@ -5,7 +5,7 @@
 
 namespace kestrel {
 
-// Is told how far the reading of an input has come.
+// Is told how far the reading of a file has come.
 class ReadObserver {
  public:
     ReadObserver() = default;
@@ -13,7 +13,7 @@ class ReadObserver {
     ReadObserver(const ReadObserver&) = delete;
     ReadObserver& operator=(const ReadObserver&) = delete;
 
-    // `totalBytes`: 0 where nobody knows.
+    // After each block. `totalBytes`: 0 where it is not known.
     virtual void onRead(const std::string& name, std::size_t doneBytes, std::size_t totalBytes) = 0;
 };
 
