@@ -160,8 +160,7 @@ int resultCodeOf(std::string_view text) {
     return scanner.takeNumber<int>().value_or(-1);
 }
 
-// "START u0 {...} ...". The intent's words before its component count, not those of an intent or
-// of clip data inside it.
+// "START u0 {...} ..."
 LaunchLine parseStart(TextScanner scanner) {
     if (!takeStartWords(scanner)) {
         return {};
@@ -170,25 +169,8 @@ LaunchLine parseStart(TextScanner scanner) {
     if (!intent) {
         return {};
     }
-    ActivityStart start;
+    ActivityStart start = parseIntent(*intent);
     start.resultCode = resultCodeOf(scanner.rest);
-    TextScanner words{*intent};
-    int64_t depth = 0;
-    for (std::string_view word = words.takeWord(); !word.empty(); word = words.takeWord()) {
-        TextScanner value{word};
-        if (depth > 0) {
-            // A word of what is inside.
-        } else if (value.take("cmp=")) {
-            start.package = packageOf(value.rest);
-            break;
-        } else if (value.take("cat=[")) {
-            start.isHome = start.isHome || holdsHome(value);
-        } else if (value.take("flg=0x")) {
-            start.flags = wholeNumber<uint32_t>(value.rest, 16).value_or(0);
-        }
-        depth += std::count(word.begin(), word.end(), '{');
-        depth -= std::count(word.begin(), word.end(), '}');
-    }
     return start.package.empty() ? LaunchLine() : start;
 }
 
@@ -271,6 +253,28 @@ LaunchLine parseEvent(LogSource source, std::string_view text) {
 }
 
 }  // namespace
+
+ActivityStart parseIntent(std::string_view intent) {
+    ActivityStart start;
+    TextScanner words{intent};
+    int64_t depth = 0;
+    for (std::string_view word = words.takeWord(); !word.empty(); word = words.takeWord()) {
+        TextScanner value{word};
+        if (depth > 0) {
+            // A word of what is inside.
+        } else if (value.take("cmp=")) {
+            start.package = packageOf(value.rest);
+            break;
+        } else if (value.take("cat=[")) {
+            start.isHome = start.isHome || holdsHome(value);
+        } else if (value.take("flg=0x")) {
+            start.flags = wholeNumber<uint32_t>(value.rest, 16).value_or(0);
+        }
+        depth += std::count(word.begin(), word.end(), '{');
+        depth -= std::count(word.begin(), word.end(), '}');
+    }
+    return start;
+}
 
 LogSource logSourceOf(std::string_view tag) {
     if (tag == "ActivityManager" || tag == "ActivityTaskManager") {

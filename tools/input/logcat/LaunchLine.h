@@ -38,6 +38,10 @@ struct ForceStop {
 
 using LaunchLine = std::variant<std::monostate, ActivityStart, FirstFrame, AppSwitch, ForceStop>;
 
+// What stands between the braces of an intent, as a start. The intent's words before its component
+// count, not those of an intent or of clip data inside it. The package is empty when there is none.
+ActivityStart parseIntent(std::string_view intent);
+
 // Who wrote an entry, as far as launches go.
 enum class LogSource { other, activityManager, createEvent, launchTimeEvent, frontEvent };
 
