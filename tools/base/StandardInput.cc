@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -11,31 +12,49 @@
 
 namespace kestrel {
 
-bool StandardInput::readLine(std::string& line) {
-    std::size_t searched = mBegin;
-    while (true) {
-        const std::size_t end = mText.find('\n', searched);
-        if (end != std::string::npos || (mEnded && mBegin < mText.size())) {
-            line = mText.substr(mBegin, end - mBegin);
-            mBegin = end == std::string::npos ? mText.size() : end + 1;
+bool StandardInput::receive() {
+    std::array<char, 65536> block;
+    while (!mEnded && waitForInput(STDIN_FILENO)) {
+        const ssize_t size = ::read(STDIN_FILENO, block.data(), block.size());
+        if (size > 0) {
+            mText.erase(0, mBegin);
+            mBegin = 0;
+            mText.append(block.data(), static_cast<std::size_t>(size));
             return true;
         }
-        if (mEnded || !waitForInput(STDIN_FILENO)) {
-            return false;
-        }
-        mText.erase(0, mBegin);
-        mBegin = 0;
-        searched = mText.size();
-        std::array<char, 65536> block;
-        const ssize_t size = read(STDIN_FILENO, block.data(), block.size());
-        if (size > 0) {
-            mText.append(block.data(), static_cast<std::size_t>(size));
-        } else if (size == 0) {
+        if (size == 0) {
             mEnded = true;
         } else if (errno != EINTR && errno != EAGAIN) {
             throw InputError(std::string("standard input cannot be read: ") + std::strerror(errno));
         }
     }
+    return false;
+}
+
+bool StandardInput::readLine(std::string& line) {
+    std::size_t searched = 0;
+    while (true) {
+        const std::string_view text = ahead();
+        const std::size_t end = text.find('\n', searched);
+        if (end != std::string_view::npos || (mEnded && !text.empty())) {
+            line = text.substr(0, end);
+            mBegin += std::min(line.size() + 1, text.size());
+            return true;
+        }
+        searched = text.size();
+        if (!receive() && !(mEnded && !ahead().empty())) {
+            return false;
+        }
+    }
+}
+
+std::string_view StandardInput::read() {
+    if (ahead().empty() && !receive()) {
+        return {};
+    }
+    const std::string_view text = ahead();
+    mBegin = mText.size();
+    return text;
 }
 
 }  // namespace kestrel

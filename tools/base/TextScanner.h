@@ -10,6 +10,10 @@
 
 namespace kestrel {
 
+inline bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
 // Reads a text from left to right. An operation takes what it names, or it leaves the rest as it
 // is and says so. Every operation is linear in what it takes.
 // Ownership: borrows the text, and so does everything it hands out.
@@ -24,7 +28,11 @@ struct TextScanner {
         return true;
     }
 
-    void skipBlanks() { rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size())); }
+    void skipBlanks() {
+        while (!rest.empty() && rest.front() == ' ') {
+            rest.remove_prefix(1);
+        }
+    }
 
     // Up to the first of `ends`, which stays; all of the rest when there is none.
     std::string_view takeUntil(std::string_view ends) {
@@ -36,7 +44,9 @@ struct TextScanner {
     // The next word between blanks; empty at the end.
     std::string_view takeWord() {
         skipBlanks();
-        return takeUntil(" ");
+        const std::string_view word = rest.substr(0, rest.find(' '));
+        rest.remove_prefix(word.size());
+        return word;
     }
 
     // Nothing when there is no number or it does not fit. A '-' is read for signed types only.

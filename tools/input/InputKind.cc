@@ -1,33 +1,156 @@
 #include "tools/input/InputKind.h"
 
-#include "tools/base/InputError.h"
+#include <algorithm>
+#include <array>
+#include <nlohmann/json.hpp>
+
+#include "tools/base/Lines.h"
+#include "tools/base/Utf16Source.h"
+#include "tools/input/JsonKind.h"
+#include "tools/input/archive/ArchiveReader.h"
+#include "tools/input/archive/DecompressedSource.h"
+#include "tools/input/bugreport/BugReport.h"
+#include "tools/input/exports/StartInfoReader.h"
+#include "tools/input/perfetto/Ftrace.h"
+#include "tools/input/perfetto/PerfettoTrace.h"
 
 namespace kestrel {
 
 namespace {
 
-std::string_view withoutLeadingBlanks(std::string_view line) {
-    const auto begin = line.find_first_not_of(" \t\r\n");
-    return begin == std::string_view::npos ? std::string_view() : line.substr(begin);
+constexpr std::string_view KS_UTF8_MARK = "\xEF\xBB\xBF";
+
+std::string_view withoutLeadingBlanks(std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+}
+
+// From the first line that says something on.
+std::string_view fromFirstLine(std::string_view text) {
+    std::string_view rest = text;
+    while (!rest.empty() && isSkippedTraceLine(takeLine(rest))) {
+        text = rest;
+    }
+    return text;
+}
+
+InputKind kindOfJson(std::string_view text) {
+    switch (jsonKindOf(text)) {
+        case JsonKind::logExport:
+            return InputKind::logExport;
+        case JsonKind::benchmark:
+            return InputKind::benchmark;
+        case JsonKind::trace:
+            break;
+    }
+    return InputKind::eventTrace;
+}
+
+// Whether a first line, up to its end, is all of an object.
+bool isObject(std::string_view line) {
+    return nlohmann::json::accept(line.begin(), line.end());
+}
+
+struct Signature {
+    std::string_view bytes;
+    const char* what;
+};
+
+// What people take for a log now and then.
+constexpr std::array<Signature, 9> KS_SIGNATURES{{
+    {"\x89PNG", "a picture"},
+    {"\xFF\xD8\xFF", "a picture"},
+    {"%PDF-", "a PDF document"},
+    {"\x7F" "ELF", "a program or library"},
+    {"SQLite format 3", "an SQLite database; `inspect --root` reads those of the feature"},
+    {"dex\n", "an app's code"},
+    {"Rar!", "a RAR archive, which is not read; a zip is"},
+    {"7z\xBC\xAF", "a 7z archive, which is not read; a zip is"},
+    {"<?xml", "an XML document"},
+}};
+
+std::string whatItIs(std::string_view beginning) {
+    if (withoutLeadingBlanks(beginning).empty()) {
+        return "it is empty";
+    }
+    for (const Signature& signature : KS_SIGNATURES) {
+        if (beginning.starts_with(signature.bytes)) {
+            return std::string("it is ") + signature.what;
+        }
+    }
+    return beginning.find('\0') != std::string_view::npos ? "it is a binary file" : "";
 }
 
 }  // namespace
+
+InputKind inputKindOf(std::string_view beginning) {
+    if (looksLikeArchive(beginning)) {
+        return InputKind::archive;
+    }
+    if (looksCompressed(beginning)) {
+        return InputKind::compressed;
+    }
+    const TextEncoding encoding = encodingOf(beginning);
+    if (encoding == TextEncoding::utf16le || encoding == TextEncoding::utf16be) {
+        return InputKind::utf16Text;
+    }
+    if (looksLikePerfettoTrace(beginning)) {
+        return InputKind::perfettoTrace;
+    }
+    if (beginning.starts_with(KS_UTF8_MARK)) {
+        beginning.remove_prefix(KS_UTF8_MARK.size());
+    }
+    if (looksLikeFtrace(beginning)) {
+        return InputKind::ftrace;
+    }
+    if (looksLikeBugReport(beginning)) {
+        return InputKind::bugReport;
+    }
+    const std::string_view text = withoutLeadingBlanks(fromFirstLine(beginning));
+    if (text.starts_with('{')) {
+        return kindOfJson(text);
+    }
+    std::string_view rest = text;
+    return isStartInfoHead(takeLine(rest)) ? InputKind::startInfo : InputKind::logText;
+}
+
+std::optional<InputKind> arrivingKindOf(std::string_view arrived) {
+    constexpr std::size_t KS_LONGEST_SIGNATURE = 6;
+    if (arrived.size() >= KS_TELLING_SIZE) {
+        return inputKindOf(arrived);
+    }
+    const std::string_view text = fromFirstLine(arrived);
+    const std::size_t lineEnd = text.find('\n');
+    if (arrived.size() < KS_LONGEST_SIGNATURE || lineEnd == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const InputKind kind = inputKindOf(arrived);
+    std::string_view line = text.substr(0, lineEnd);
+    if (kind == InputKind::eventTrace) {
+        // An object that goes on in the next line may be another kind of document.
+        const std::size_t last = line.find_last_not_of(" \t\r");
+        const bool goesOn = std::string_view("{[,:").find(line[last]) != std::string_view::npos;
+        return goesOn && !isObject(line) ? std::nullopt : std::optional(kind);
+    }
+    // The head of a bug report has two lines; what begins with an empty line may be a binary trace.
+    const bool mayGoOn = line.starts_with("=====") || arrived.starts_with('\n');
+    constexpr std::size_t KS_HEAD_SIZE = 200;
+    if (kind == InputKind::logText && mayGoOn && arrived.size() < KS_HEAD_SIZE) {
+        return std::nullopt;
+    }
+    return kind;
+}
 
 bool isSkippedTraceLine(std::string_view line) {
     return withoutLeadingBlanks(line).empty() || line.starts_with('#');
 }
 
-bool isTrace(InputKinds kinds, std::string_view line, const std::string& inputName,
-             std::size_t lineNumber) {
-    const bool looksLikeTrace = withoutLeadingBlanks(line).starts_with('{');
-    if (kinds == InputKinds::tracesAndLogs) {
-        return line.empty() || looksLikeTrace;
-    }
-    if (looksLikeTrace) {
-        throw InputError(inputName, lineNumber,
-                         "an event trace, where only Android logs are taken");
-    }
-    return false;
+NoInput noInput(const std::string& name, std::string_view beginning) {
+    std::string why =
+        "no line is one of an Android log (`adb logcat` in any format, a bug report), nor is it an "
+        "event trace, a log export of an IDE, a start-info dump, a Perfetto trace or a benchmark "
+        "result";
+    const std::string what = whatItIs(beginning);
+    return {name, what.empty() ? why : what + "; " + why};
 }
 
 }  // namespace kestrel

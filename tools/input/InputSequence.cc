@@ -1,6 +1,7 @@
 #include "tools/input/InputSequence.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "tools/base/InputError.h"
@@ -41,17 +42,21 @@ int64_t shiftBehind(std::optional<int64_t> last, int64_t first, const std::strin
 
 }  // namespace
 
-bool InputSequence::Item::isLive() const {
-    return name == LIVE_INPUT;
-}
-
 InputSequence::InputSequence(const std::vector<std::string>& names,
-                             const std::optional<std::string>& hostFile, InputKinds kinds,
+                             const std::optional<std::string>& hostFile, InputOptions options,
                              ReadObserver* observer)
-    : mKinds(kinds), mObserver(observer), mHasHostFile(hostFile.has_value()) {
+    : mOptions(std::move(options)), mObserver(observer), mHasHostFile(hostFile.has_value()) {
     open(names);
     chooseSetup(hostFile);
     checkFiles();
+}
+
+std::vector<InputSequence::Item> InputSequence::itemsOf(FoundInputs found, bool isLive) {
+    std::vector<Item> items;
+    for (FoundInput& input : found) {
+        items.push_back({std::move(input.name), isLive, std::move(input.recognised), nullptr});
+    }
+    return items;
 }
 
 void InputSequence::open(const std::vector<std::string>& names) {
@@ -59,26 +64,38 @@ void InputSequence::open(const std::vector<std::string>& names) {
         throw InputError("standard input (-) can be an input only once");
     }
     for (const std::string& name : names) {
-        Item& item = mItems.emplace_back();
-        item.name = name;
-        if (!item.isLive()) {
-            item.recognised = recogniseFile(name, mKinds);
+        if (name != LIVE_INPUT) {
+            std::ranges::move(itemsOf(findInputs(name, mOptions, mObserver), false),
+                              std::back_inserter(mItems));
+        } else if (isStandardInputAFile()) {
+            std::ranges::move(itemsOf(findInStandardFile(mOptions, mObserver), false),
+                              std::back_inserter(mItems));
+        } else {
+            mItems.push_back({name, true, nullptr, nullptr});
         }
     }
 }
 
+// Standard input can turn out to hold several inputs.
+void InputSequence::findLiveAt(std::size_t index) {
+    std::vector<Item> items = itemsOf(findLive(mOptions), true);
+    const auto place = mItems.begin() + static_cast<std::ptrdiff_t>(index);
+    *place = std::move(items.front());
+    mItems.insert(std::next(place), std::move_iterator(std::next(items.begin())),
+                  std::move_iterator(items.end()));
+}
+
 void InputSequence::chooseSetup(const std::optional<std::string>& hostFile) {
-    Item& first = mItems.front();
     if (hostFile) {
         mSetup = readSetupFile(*hostFile);
     } else {
-        if (first.isLive()) {
-            first.recognised = recogniseLive(mKinds);
+        if (mItems.front().isLive) {
+            findLiveAt(0);
         }
-        mSetup = first.recognised->setup().value_or(HostSetup{});
+        mSetup = mItems.front().recognised->setup().value_or(HostSetup{});
     }
     for (const Item& item : mItems) {
-        if (!item.isLive()) {
+        if (!item.isLive) {
             expectSameSetup(item);
         }
     }
@@ -98,7 +115,7 @@ void InputSequence::checkFiles() {
     bool sawObject = false;
     std::optional<int64_t> last;
     for (Item& item : mItems) {
-        if (item.isLive()) {
+        if (item.isLive) {
             sawLive = true;
             continue;
         }
@@ -116,21 +133,22 @@ void InputSequence::checkFiles() {
     }
 }
 
-void InputSequence::beginLive(Item& item) {
-    if (item.recognised == nullptr) {
-        item.recognised = recogniseLive(mKinds);
-        expectSameSetup(item);
+void InputSequence::begin(std::size_t index) {
+    if (mItems[index].recognised == nullptr) {
+        findLiveAt(index);
     }
+    Item& item = mItems[index];
+    expectSameSetup(item);
     item.checked = std::move(*item.recognised).check(mSetup);
     item.recognised.reset();
 }
 
 std::optional<TraceObject> InputSequence::next() {
     for (; mCurrent < mItems.size(); ++mCurrent, mShift.reset()) {
-        Item& item = mItems[mCurrent];
-        if (item.checked == nullptr) {
-            beginLive(item);
+        if (mItems[mCurrent].checked == nullptr) {
+            begin(mCurrent);
         }
+        const Item& item = mItems[mCurrent];
         if (auto object = item.checked->next()) {
             moveBehindLast(*object);
             return object;

@@ -11,6 +11,7 @@
 #include "tools/base/ReadObserver.h"
 #include "tools/input/Calendar.h"
 #include "tools/input/Input.h"
+#include "tools/input/FoundInput.h"
 #include "tools/input/InputKind.h"
 #include "tools/input/InputSummary.h"
 #include "tools/input/TraceObject.h"
@@ -28,7 +29,7 @@ class InputSequence {
     // `observer` is told of the reading, if there is one; borrowed.
     // REQUIRES: at least one name.
     InputSequence(const std::vector<std::string>& names, const std::optional<std::string>& hostFile,
-                  InputKinds kinds, ReadObserver* observer = nullptr);
+                  InputOptions options, ReadObserver* observer = nullptr);
 
     const HostSetup& setup() const { return mSetup; }
 
@@ -45,7 +46,7 @@ class InputSequence {
 
     // The input that the next object comes from, as far as one can know; at the end the last one.
     const std::string& currentName() const { return current().name; }
-    bool currentIsLive() const { return current().isLive(); }
+    bool currentIsLive() const { return current().isLive; }
 
     bool hasLiveInput() const;
 
@@ -60,25 +61,27 @@ class InputSequence {
     std::vector<InputSummary> summaries() const;
 
  private:
-    // A file is recognised and checked at the beginning, a live input when its turn comes.
+    // A file is recognised and checked at the beginning, a live input when its turn comes: until then
+    // it is neither.
     struct Item {
         std::string name;
+        bool isLive;
         std::unique_ptr<RecognisedInput> recognised;
         std::unique_ptr<CheckedInput> checked;
-
-        bool isLive() const;
     };
 
     void open(const std::vector<std::string>& names);
     void chooseSetup(const std::optional<std::string>& hostFile);
     void expectSameSetup(const Item& item) const;
     void checkFiles();
-    void beginLive(Item& item);
+    void findLiveAt(std::size_t index);
+    void begin(std::size_t index);
+    static std::vector<Item> itemsOf(FoundInputs found, bool isLive);
     void moveBehindLast(TraceObject& object);
     const Item& current() const;
 
-    InputKinds mKinds;
-    [[maybe_unused]] ReadObserver* mObserver;  // null: nobody asked
+    InputOptions mOptions;
+    ReadObserver* mObserver;  // null: nobody asked
     std::vector<Item> mItems;
     bool mHasHostFile;
     HostSetup mSetup;

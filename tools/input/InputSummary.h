@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/input/TraceObject.h"
+
 namespace kestrel {
 
 // What an input was found to be, and what was found in it. Only facts: how they are said to people,
@@ -66,7 +68,8 @@ struct InputNote {
 struct InputSummary {
     std::string name = {};  // of the input or, in a folder or an archive, of its part
     SourceKind kind = SourceKind::eventTrace;
-    std::string format = {};  // "threadtime", "threadtime, UTF-16"; empty: there is only one
+    std::string format = {};    // "threadtime"; empty: there is only one
+    std::string encoding = {};  // "UTF-16"; empty: UTF-8
     std::size_t units = 0;    // lines, messages, records, packets, iterations: by the kind
     InputClock clock = {};
     // Of all that has a time, in ms of the input's own clock; none: nothing has.
@@ -81,5 +84,8 @@ struct InputSummary {
     std::size_t updates = 0;   // events that keep the data
     std::vector<InputNote> notes = {};
 };
+
+// Counts an object of the input.
+void countObject(const TraceObject& object, InputSummary& summary);
 
 }  // namespace kestrel

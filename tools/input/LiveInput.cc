@@ -1,30 +1,43 @@
 #include "tools/input/LiveInput.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
 #include <string>
 #include <utility>
 
 #include "tools/base/Interruption.h"
 #include "tools/base/StandardInput.h"
 #include "tools/input/EventTrace.h"
+#include "tools/input/InputFile.h"
+#include "tools/input/InputSummary.h"
 #include "tools/input/LogFile.h"
+#include "tools/input/logcat/LogStatistics.h"
 
 namespace kestrel {
 
 namespace {
 
+constexpr std::string_view KS_UTF8_MARK = "\xEF\xBB\xBF";
+
 // The lines as they arrive, and the last one of them.
 struct LiveLines {
-    StandardInput input;
+    std::unique_ptr<StandardInput> input = std::make_unique<StandardInput>();
     std::string line;
     std::size_t number = 0;
 
     // False: there is no other, or the user wants no more; the line is empty then.
     bool read() {
-        if (!input.readLine(line)) {
+        if (!input->readLine(line)) {
             line.clear();
             return false;
         }
         ++number;
+        if (number == 1 && line.starts_with(KS_UTF8_MARK)) {
+            line.erase(0, KS_UTF8_MARK.size());
+        }
         return true;
     }
 };
@@ -39,15 +52,27 @@ class LiveTrace : public CheckedInput {
         while (!object && mLines.read()) {
             object = mReader.readLine(mLines.line, mLines.number);
         }
+        if (object) {
+            mSummary.firstT = mSummary.firstT.value_or(object->t);
+            mSummary.lastT = object->t;
+            countObject(*object, mSummary);
+        }
         return object;
     }
 
-    bool isAtEnd() const override { return !mFirst && mLines.input.isAtEnd(); }
+    InputSummary summary() const override {
+        InputSummary summary = mSummary;
+        summary.units = mLines.number;
+        return summary;
+    }
+
+    bool isAtEnd() const override { return !mFirst && mLines.input->isAtEnd(); }
 
  private:
     LiveLines mLines;
     EventTraceReader mReader;
     std::optional<TraceObject> mFirst;
+    InputSummary mSummary = {.kind = SourceKind::eventTrace};
 };
 
 class RecognisedLiveTrace : public RecognisedInput {
@@ -78,8 +103,8 @@ class LiveLog : public CheckedInput {
     std::optional<TraceObject> next() override {
         while (mWaiting.empty()) {
             if (!mLines.read()) {
-                if (!mImporter.sawLogLine() && !wasInterrupted()) {
-                    throw noLog(LIVE_INPUT);
+                if (!mReader.sawLogLine() && !wasInterrupted()) {
+                    throw noInput(LIVE_INPUT, mBeginning);
                 }
                 return std::nullopt;
             }
@@ -87,17 +112,43 @@ class LiveLog : public CheckedInput {
         }
         std::optional<TraceObject> object = std::move(mWaiting.front());
         mWaiting.pop_front();
+        countObject(*object, mCounts);
         return object;
     }
 
-    bool isAtEnd() const override { return mWaiting.empty() && mLines.input.isAtEnd(); }
+    bool isAtEnd() const override { return mWaiting.empty() && mLines.input->isAtEnd(); }
+
+    InputSummary summary() const override {
+        InputSummary summary = mCounts;
+        summary.units = mLines.number;
+        summary.format = toText(mReader.format());
+        summary.clock = mReader.clock();
+        if (mStatistics.first()) {
+            summary.firstT = mImporter.tOf(*mStatistics.first());
+            summary.lastT = mImporter.tOf(*mStatistics.last());
+        }
+        mImporter.describe(summary);
+        mStatistics.describe(summary);
+        return summary;
+    }
 
  private:
-    void importLine() { mImporter.importLine(mLines.line, mLines.number, mWaiting); }
+    void importLine() {
+        if (mLines.number <= 1) {
+            mBeginning = mLines.line;
+        }
+        const LogEntry entry = mReader.read(mLines.line);
+        mStatistics.add(entry, mLines.number);
+        mImporter.play(entry, mLines.number, mWaiting);
+    }
 
     LiveLines mLines;
+    std::string mBeginning;  // the first line
+    AndroidLogReader mReader;
+    LogStatistics mStatistics;
     AndroidLogImporter mImporter;
     TraceObjects mWaiting;  // of the last line
+    InputSummary mCounts = {.kind = SourceKind::androidLog};
 };
 
 class RecognisedLiveLog : public RecognisedInput {
@@ -115,16 +166,50 @@ class RecognisedLiveLog : public RecognisedInput {
     std::optional<HostSetup> mNoSetup;
 };
 
+OpenFile openStandardInput() {
+    return OpenFile(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+}
+
+FoundInputs only(std::unique_ptr<RecognisedInput> input) {
+    FoundInputs found;
+    found.push_back({LIVE_INPUT, std::move(input)});
+    return found;
+}
+
 }  // namespace
 
-std::unique_ptr<RecognisedInput> recogniseLive(InputKinds kinds) {
+bool isStandardInputAFile() {
+    struct stat status = {};
+    return fstat(STDIN_FILENO, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+FoundInputs findInStandardFile(const InputOptions& options, ReadObserver* observer) {
+    FileSource file(openStandardInput(), LIVE_INPUT);
+    file.setObserver(observer);
+    return findInputs(file, options);
+}
+
+FoundInputs findLive(const InputOptions& options) {
     LiveLines lines;
+    std::optional<InputKind> kind;
+    while (!(kind = arrivingKindOf(lines.input->ahead())) && lines.input->receive()) {
+    }
+    if (wasInterrupted()) {
+        return only(std::make_unique<RecognisedLiveLog>(std::move(lines)));
+    }
+    const InputKind all = kind.value_or(inputKindOf(lines.input->ahead()));
+    if (all != InputKind::eventTrace && all != InputKind::logText) {
+        return findInputs(*spooled(*lines.input, LIVE_INPUT), options);
+    }
     while (lines.read() && isSkippedTraceLine(lines.line)) {
     }
-    if (isTrace(kinds, lines.line, LIVE_INPUT, lines.number)) {
-        return std::make_unique<RecognisedLiveTrace>(std::move(lines));
+    if (all == InputKind::logText && !(lines.line.empty() && options.takesTraces)) {
+        return only(std::make_unique<RecognisedLiveLog>(std::move(lines)));
     }
-    return std::make_unique<RecognisedLiveLog>(std::move(lines));
+    if (!options.takesTraces) {
+        throw NoInput(LIVE_INPUT, "an event trace, which is what import prints");
+    }
+    return only(std::make_unique<RecognisedLiveTrace>(std::move(lines)));
 }
 
 }  // namespace kestrel

@@ -2,7 +2,10 @@
 
 #include <utility>
 
+#include "tools/base/LineReader.h"
+#include "tools/input/InputKind.h"
 #include "tools/input/ReadInput.h"
+#include "tools/input/exports/LogExport.h"
 
 namespace kestrel {
 
@@ -10,37 +13,62 @@ namespace {
 
 class LogFile : public RecognisedInput {
  public:
-    LogFile(std::string name, std::string content)
-        : mName(std::move(name)), mContent(std::move(content)) {}
+    LogFile(AndroidLog log, InputSummary known) : mLog(std::move(log)), mKnown(std::move(known)) {}
 
     const std::optional<HostSetup>& setup() const override { return mNoSetup; }
 
     std::unique_ptr<CheckedInput> check(const HostSetup& setup) && override {
-        TraceObjects objects;
-        if (!AndroidLogImporter::importFile(mContent, importSettings(setup), objects)) {
-            throw noLog(mName);
-        }
-        return std::make_unique<ReadInput>(std::move(objects));
+        TraceObjects objects = mLog.import(importSettings(setup), mKnown);
+        return std::make_unique<ReadInput>(std::move(objects), std::move(mKnown));
     }
 
  private:
-    std::string mName;
-    std::string mContent;
+    AndroidLog mLog;
+    InputSummary mKnown;
     std::optional<HostSetup> mNoSetup;
 };
 
 }  // namespace
 
-std::unique_ptr<RecognisedInput> readLogFile(FileReader& file, std::string beginning) {
-    return std::make_unique<LogFile>(file.name(), std::move(beginning) + file.readRest());
+std::unique_ptr<RecognisedInput> recognised(AndroidLog log, InputSummary known) {
+    return std::make_unique<LogFile>(std::move(log), std::move(known));
+}
+
+std::unique_ptr<RecognisedInput> readLogFile(ByteSource& source, const std::string& encoding) {
+    AndroidLog log;
+    LineReader lines(source);
+    std::string beginning;
+    while (const auto line = lines.next()) {
+        if (lines.number() == 1) {
+            beginning = line->substr(0, KS_TELLING_SIZE);
+        }
+        log.addLine(*line, lines.number());
+    }
+    if (!log.sawLogLine()) {
+        throw noInput(source.name(), beginning);
+    }
+    InputSummary known{.kind = SourceKind::androidLog, .encoding = encoding};
+    return recognised(std::move(log), std::move(known));
+}
+
+std::unique_ptr<RecognisedInput> readLogExportFile(ByteSource& source) {
+    AndroidLog log;
+    const LogExportCounts counts = readLogExport(source, [&](const ExportedMessage& message) {
+        if (message.isBufferHead) {
+            log.addLine(message.text, message.number);
+        } else {
+            log.addMessage(message.us, message.tag, message.text, message.number);
+        }
+    });
+    InputSummary known{.kind = SourceKind::logExport};
+    if (counts.badEntries > 0) {
+        known.notes.push_back({InputNote::Kind::badEntries, counts.badEntries});
+    }
+    return recognised(std::move(log), std::move(known));
 }
 
 LogImportSettings importSettings(const HostSetup& setup) {
     return {{setup.games.begin(), setup.games.end()}, setup.removals};
-}
-
-InputError noLog(const std::string& inputName) {
-    return {inputName, 1, "neither an event trace nor an Android log: no line of it is one"};
 }
 
 }  // namespace kestrel

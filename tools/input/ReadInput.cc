@@ -4,6 +4,13 @@
 
 namespace kestrel {
 
+ReadInput::ReadInput(TraceObjects objects, InputSummary summary)
+    : mObjects(std::move(objects)), mTotal(mObjects.size()), mSummary(std::move(summary)) {
+    for (const TraceObject& object : mObjects) {
+        countObject(object, mSummary);
+    }
+}
+
 std::optional<TraceObject> ReadInput::next() {
     if (mObjects.empty()) {
         return std::nullopt;

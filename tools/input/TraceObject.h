@@ -10,6 +10,9 @@
 
 namespace kestrel {
 
+// The type of a removal (KS_HINT_APP_REMOVED) that keeps what is learned, as of an update.
+inline constexpr int32_t KS_HINT_TYPE_KEEPS_DATA = 0x1000000;
+
 // An event for the feature, with the defaults of the trace format.
 struct HintEvent {
     int32_t hintId = 0;

@@ -1,17 +1,16 @@
 #include "tools/input/logcat/AndroidLogImporter.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <utility>
+#include <variant>
 
 #include "host/KestrelStartsHints.h"
-#include "tools/base/Lines.h"
 
 namespace kestrel {
 
 namespace {
-
-constexpr int32_t KS_TYPE_KEEPS_DATA = 0x1000000;
 
 constexpr uint32_t KS_FLAG_NEW_TASK = 0x10000000;
 
@@ -26,107 +25,120 @@ constexpr int KS_DELIVERED_TO_TOP = 3;
 constexpr int64_t KS_LINE_EARLY_MS = 500;
 constexpr int64_t KS_LINE_LATE_MS = 4000;
 
+// How long after the start of a launch another start of the same kind is a launch of its own.
+constexpr int64_t KS_RELAUNCH_MS = 2000;
+
 // What lies between a launch and what came before it in a log without times.
 constexpr int64_t KS_LAUNCH_GAP_MS = 1000;
 
 // The latest t that leaves room for it.
 constexpr int64_t KS_MAX_T = std::numeric_limits<int64_t>::max() - KS_LAUNCH_GAP_MS;
 
-// A line that says something about launches, kept until the file can be sorted.
-struct FileLine {
-    LogEntry entry;
-    size_t number = 0;
-};
-
 }  // namespace
 
 AndroidLogImporter::AndroidLogImporter(LogImportSettings settings)
     : mSettings(std::move(settings)) {}
 
-void AndroidLogImporter::importLine(std::string_view line, size_t lineNumber, TraceObjects& out) {
-    play(mReader.read(line), lineNumber, out);
-}
-
-bool AndroidLogImporter::importFile(std::string_view content, const LogImportSettings& settings,
-                                    TraceObjects& out) {
-    AndroidLogImporter importer(settings);
-    std::vector<FileLine> lines;
-    std::optional<LogTime> first;
-    for (size_t number = 1; !content.empty(); ++number) {
-        const LogEntry entry = importer.mReader.read(takeLine(content));
-        if (entry.time && (!first || *entry.time < *first)) {
-            first = entry.time;
-        }
-        if (!std::holds_alternative<std::monostate>(entry.launch)) {
-            lines.push_back({entry, number});
-        }
-    }
-    std::stable_sort(lines.begin(), lines.end(), [](const FileLine& a, const FileLine& b) {
-        return a.entry.time < b.entry.time;
-    });
-    if (first) {
-        importer.mOriginUs = first->yearStartUs;
-    }
-    for (const FileLine& line : lines) {
-        importer.play(line.entry, line.number, out);
-    }
-    return importer.sawLogLine();
-}
-
-void AndroidLogImporter::play(const LogEntry& entry, size_t lineNumber, TraceObjects& out) {
+void AndroidLogImporter::play(const LogEntry& entry, std::size_t lineNumber, TraceObjects& out) {
     mLine = lineNumber;
     mIsTimed = entry.isTimed;
     if (entry.time) {
         mOriginUs = mOriginUs.value_or(entry.time->yearStartUs);
-        mNow = std::max(mNow, (entry.time->us - *mOriginUs) / 1000);
+        mNow = std::max(mNow, tOf(*entry.time));
     }
-    std::visit([&](const auto& launch) { become(launch, out); }, entry.launch);
+    std::visit([&](const auto& line) { become(line, out); }, entry.launch);
+}
+
+int64_t AndroidLogImporter::tOf(const LogTime& time) const {
+    return (time.us - mOriginUs.value_or(time.yearStartUs)) / 1000;
+}
+
+void AndroidLogImporter::leaveOutLaunches(TraceObjects& out) {
+    const std::size_t kept = mOpen ? mOpen->index : out.size();
+    std::size_t index = 0;
+    mLaunchesLeftOut += std::erase_if(out, [&](const TraceObject& object) {
+        const auto* event = std::get_if<HintEvent>(&object.what);
+        return index++ != kept && event != nullptr && event->hintId == KS_LAUNCH_HINT;
+    });
 }
 
 void AndroidLogImporter::become(const ActivityStart& start, TraceObjects& out) {
     if (start.isCreation && start.package == mHome) {
         return;
     }
+    ++mStarts;
     if (start.isHome) {
         mHome = start.package;
     }
     if (start.resultCode != KS_STARTED && start.resultCode != KS_TASK_TO_FRONT &&
         !(start.isHome && start.resultCode == KS_DELIVERED_TO_TOP)) {
+        ++mFailedStarts;
         return;
     }
+    mStarted.emplace(start.package);
     if (start.isHome) {
         become(AppSwitch{start.package}, out);
-        return;
+    } else if (!isPartOfLaunch(start)) {
+        launch(start.package, mIsTimed ? mNow : untimedLaunchT(), out);
+        mOpen = OpenLaunch{std::string(start.package), mLatestT, out.size() - 1};
     }
+}
+
+// Of the launch that is open, or of a step inside the package in front. A user who taps the icon
+// again after a while launches again.
+bool AndroidLogImporter::isPartOfLaunch(const ActivityStart& start) const {
     const bool isNewTask = (start.flags & KS_FLAG_NEW_TASK) != 0;
-    if ((mOpen && mOpen->package == start.package) || (mFront == start.package && !isNewTask)) {
-        return;
+    if (mOpen && mOpen->package == start.package) {
+        const bool isLaterTap = start.isLauncher && isNewTask && mIsTimed &&
+                                mNow - mOpen->beganT >= KS_RELAUNCH_MS;
+        return !isLaterTap;
     }
-    const std::string package(start.package);
-    const int64_t untimedT = std::min(std::max(mNow, mLatestT), KS_MAX_T) + KS_LAUNCH_GAP_MS;
-    append(mIsTimed ? mNow : untimedT,
+    return mFront == start.package && !isNewTask;
+}
+
+void AndroidLogImporter::launch(std::string_view package, int64_t t, TraceObjects& out) {
+    const std::string name(package);
+    append(t,
            {.hintId = KS_LAUNCH_HINT,
             .hintType = KS_HINT_TYPE_LAUNCH,
-            .appName = package,
-            .launchType = mSettings.games.contains(package) ? KS_LAUNCH_TYPE_GAME : 0},
+            .appName = name,
+            .launchType = mSettings.games.contains(name) ? KS_LAUNCH_TYPE_GAME : 0},
            out);
-    mOpen = OpenLaunch{package, mLatestT};
+}
+
+int64_t AndroidLogImporter::untimedLaunchT() const {
+    return std::min(std::max(mNow, mLatestT), KS_MAX_T) + KS_LAUNCH_GAP_MS;
 }
 
 void AndroidLogImporter::become(const FirstFrame& frame, TraceObjects& out) {
-    if (!mOpen || mOpen->package != frame.package) {
+    if (mFramesAreLaunches && !frame.isEvent && mFront != frame.package) {
+        launchWith(frame, out);
         return;
     }
-    std::optional<int64_t> durationMs = frame.totalMs;
-    if (!durationMs || !fits(*mOpen, *durationMs)) {
-        durationMs = frame.ownMs;
+    if (!mOpen || mOpen->package != frame.package) {
+        if (mFront != frame.package && !mStarted.contains(std::string(frame.package))) {
+            ++mFramesWithoutStart;
+        }
+        return;
     }
-    if (fits(*mOpen, *durationMs)) {
+    if (const auto durationMs = fittingDurationMs(frame)) {
         append(mOpen->beganT + *durationMs,
                {.hintId = KS_HINT_METER_EVENT, .appName = mOpen->package}, out);
     }
     mFront = mOpen->package;
     mOpen.reset();
+}
+
+void AndroidLogImporter::launchWith(const FirstFrame& frame, TraceObjects& out) {
+    const int64_t durationMs = frame.totalMs.value_or(frame.ownMs);
+    launch(frame.package,
+           mIsTimed ? std::max<int64_t>(mNow - durationMs, 0) : untimedLaunchT(), out);
+    ++mLaunchesFromFrames;
+    mFront = frame.package;
+    int64_t t = mNow;
+    if (mIsTimed || !__builtin_add_overflow(mLatestT, durationMs, &t)) {
+        append(t, {.hintId = KS_HINT_METER_EVENT, .appName = mFront}, out);
+    }
 }
 
 void AndroidLogImporter::become(const AppSwitch& appSwitch, TraceObjects& out) {
@@ -143,12 +155,12 @@ void AndroidLogImporter::become(const AppSwitch& appSwitch, TraceObjects& out) {
 
 void AndroidLogImporter::become(const ForceStop& stop, TraceObjects& out) {
     const std::string package(stop.package);
-    if (stop.reason != "pkg removed") {
-        if (stop.reason == "installPackageLI") {
-            mUpdating.insert(package);
-        } else {
-            mUpdating.erase(package);
-        }
+    if (stop.reason == ForceStop::Reason::installing) {
+        mUpdating.insert(package);
+    } else if (stop.reason == ForceStop::Reason::deleting) {
+        mUpdating.erase(package);
+    }
+    if (stop.reason != ForceStop::Reason::removed) {
         return;
     }
     if (mSettings.removals != RemovalPolicy::ignore) {
@@ -156,7 +168,7 @@ void AndroidLogImporter::become(const ForceStop& stop, TraceObjects& out) {
             mSettings.removals == RemovalPolicy::keep || mUpdating.contains(package);
         append(mNow,
                {.hintId = KS_HINT_APP_REMOVED,
-                .hintType = keepsData ? KS_TYPE_KEEPS_DATA : 0,
+                .hintType = keepsData ? KS_HINT_TYPE_KEEPS_DATA : 0,
                 .appName = package},
                out);
     }
@@ -168,14 +180,42 @@ void AndroidLogImporter::become(const ForceStop& stop, TraceObjects& out) {
     }
 }
 
-// Whether the launch can have taken this long. In a log with times the line that reports it
-// tells: a total can reach back before the launch, and an inner activity can be drawn long after.
-bool AndroidLogImporter::fits(const OpenLaunch& launch, int64_t durationMs) const {
-    if (durationMs > KS_MAX_T - launch.beganT) {
+// What the open launch took. In a log with times the line that reports it tells: a total can reach
+// back before the launch, and an inner activity can be drawn long after.
+std::optional<int64_t> AndroidLogImporter::fittingDurationMs(const FirstFrame& frame) const {
+    const bool ownFits = fits(frame.ownMs);
+    if (!frame.totalMs || !fits(*frame.totalMs)) {
+        // Without times the total counts where there is one.
+        return ownFits && (mIsTimed || !frame.totalMs) ? std::optional(frame.ownMs) : std::nullopt;
+    }
+    const int64_t sinceMs = mNow - mOpen->beganT;
+    const bool ownIsNearer =
+        mIsTimed && ownFits &&
+        std::abs(frame.ownMs - sinceMs) < std::abs(*frame.totalMs - sinceMs);
+    return ownIsNearer ? frame.ownMs : *frame.totalMs;
+}
+
+bool AndroidLogImporter::fits(int64_t durationMs) const {
+    if (durationMs > KS_MAX_T - mOpen->beganT) {
         return false;
     }
-    const int64_t lateMs = mNow - (launch.beganT + durationMs);
+    const int64_t lateMs = mNow - (mOpen->beganT + durationMs);
     return !mIsTimed || (lateMs >= -KS_LINE_EARLY_MS && lateMs <= KS_LINE_LATE_MS);
+}
+
+void AndroidLogImporter::describe(InputSummary& summary) const {
+    summary.starts += mStarts;
+    const auto note = [&](InputNote::Kind kind, std::size_t count) {
+        if (count > 0) {
+            summary.notes.push_back({kind, count});
+        }
+    };
+    note(InputNote::Kind::failedStarts, mFailedStarts);
+    note(InputNote::Kind::onlyMain, mLaunchesFromFrames);
+    note(InputNote::Kind::framesNotHeld, mLaunchesLeftOut);
+    if (mStarts > 0) {
+        note(InputNote::Kind::cutOff, mFramesWithoutStart);
+    }
 }
 
 void AndroidLogImporter::append(int64_t t, HintEvent event, TraceObjects& out) {

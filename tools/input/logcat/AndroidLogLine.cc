@@ -1,27 +1,16 @@
 #include "tools/input/logcat/AndroidLogLine.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstddef>
 
-#include "tools/base/TextScanner.h"
+#include "tools/input/logcat/LogWindowLine.h"
 
 namespace kestrel {
 
 namespace {
 
-constexpr std::string_view KS_DIGITS = "0123456789";
-constexpr int KS_LEAP_YEAR = 2000;  // stands for a year that is not printed
-constexpr int64_t KS_US_PER_SECOND = 1'000'000;
-// Over 30,000 years: no log is that old, and sums of such times stay far from the limits.
-constexpr int64_t KS_MAX_SECONDS = 999'999'999'999;
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 bool isNumber(std::string_view text) {
-    return !text.empty() && text.find_first_not_of(KS_DIGITS) == std::string_view::npos;
+    return !text.empty() && std::ranges::all_of(text, isDigit);
 }
 
 // Old logs print the thread in hexadecimal.
@@ -33,129 +22,77 @@ bool isThread(std::string_view text) {
            text.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string_view::npos;
 }
 
-bool isPriority(std::string_view text) {
-    return text.size() == 1 &&
-           std::string_view("VDIWEFAS?").find(text[0]) != std::string_view::npos;
-}
+// "[UID:]NUMBER[:NUMBER]) ", behind the bracket of formats process and thread.
+struct Owner {
+    size_t numbers = 0;
+    bool isValid = false;
+};
 
-// A tag that is short is padded with blanks behind it.
-std::string_view withoutPadding(std::string_view tag) {
-    return tag.substr(0, tag.find_last_not_of(' ') + 1);
-}
-
-// Does the text begin like the shape, in which '0' stands for any digit?
-bool hasShape(std::string_view text, std::string_view shape) {
-    return text.size() >= shape.size() &&
-           std::equal(shape.begin(), shape.end(), text.begin(),
-                      [](char want, char c) { return want == '0' ? isDigit(c) : want == c; });
-}
-
-int twoDigits(std::string_view text, size_t at) {
-    return (text[at] - '0') * 10 + (text[at + 1] - '0');
-}
-
-// `text` has the shape "00-00 00:00:00". Nothing when there is no such day or time of day.
-std::optional<std::chrono::seconds> sinceStartOfYear(std::string_view text, int yearNumber) {
-    using namespace std::chrono;
-    const year thisYear(yearNumber);
-    const year_month_day date(thisYear, month(static_cast<unsigned>(twoDigits(text, 0))),
-                              day(static_cast<unsigned>(twoDigits(text, 3))));
-    const hours hour(twoDigits(text, 6));
-    const minutes minute(twoDigits(text, 9));
-    const seconds second(twoDigits(text, 12));
-    if (!date.ok() || hour >= hours(24) || minute >= minutes(60) || second > seconds(60)) {
-        return std::nullopt;
-    }
-    return sys_days(date) - sys_days(thisYear / January / 1) + hour + minute + second;
-}
-
-// The '.' and the digits behind it; what is finer than a microsecond is dropped.
-std::optional<int64_t> takeFractionUs(TextScanner& scanner) {
-    if (!hasShape(scanner.rest, ".0")) {
-        return std::nullopt;
-    }
-    scanner.rest.remove_prefix(1);
-    int64_t us = 0;
-    int64_t unitUs = KS_US_PER_SECOND / 10;
-    for (; !scanner.rest.empty() && isDigit(scanner.rest[0]); scanner.rest.remove_prefix(1)) {
-        us += (scanner.rest[0] - '0') * unitUs;
-        unitUs /= 10;
-    }
-    return us;
-}
-
-// The date or the seconds in front of the fraction.
-std::optional<PrintedTime> takeWholeSeconds(TextScanner& scanner) {
-    PrintedTime time;
-    if (hasShape(scanner.rest, "0000-00-00 00:00:00.")) {
-        time.kind = PrintedTime::Kind::date;
-        time.year = twoDigits(scanner.rest, 0) * 100 + twoDigits(scanner.rest, 2);
-        scanner.rest.remove_prefix(5);
-    } else if (hasShape(scanner.rest, "00-00 00:00:00.")) {
-        time.kind = PrintedTime::Kind::dateWithoutYear;
-    } else {
-        const auto seconds = scanner.takeNumber<uint64_t>();
-        if (!seconds || *seconds > KS_MAX_SECONDS) {
-            return std::nullopt;
-        }
-        time.us = static_cast<int64_t>(*seconds) * KS_US_PER_SECOND;
-        return time;
-    }
-    const bool hasYear = time.kind == PrintedTime::Kind::date;
-    const auto seconds = sinceStartOfYear(scanner.rest, hasYear ? time.year : KS_LEAP_YEAR);
-    if (!seconds) {
-        return std::nullopt;
-    }
-    scanner.rest.remove_prefix(std::string_view("00-00 00:00:00").size());
-    time.us = seconds->count() * KS_US_PER_SECOND;
-    return time;
-}
-
-// The time with its zone and the blank behind it. Seconds are padded with blanks on the left.
-std::optional<PrintedTime> takeTime(TextScanner& scanner) {
-    scanner.skipBlanks();
-    std::optional<PrintedTime> time = takeWholeSeconds(scanner);
-    if (!time) {
-        return std::nullopt;
-    }
-    const auto fractionUs = takeFractionUs(scanner);
-    if (!fractionUs) {
-        return std::nullopt;
-    }
-    time->us += *fractionUs;
-    if (hasShape(scanner.rest, " +0000 ") || hasShape(scanner.rest, " -0000 ")) {
-        scanner.rest.remove_prefix(6);
-    }
-    return scanner.take(" ") ? time : std::nullopt;
+Owner takeOwner(TextScanner& scanner) {
+    Owner owner;
+    do {
+        scanner.skipBlanks();
+        const std::string_view number = scanner.takeUntil(" :()");
+        owner.isValid = isNumber(number);
+        ++owner.numbers;
+    } while (scanner.take(":") && owner.numbers < 3);
+    owner.isValid = owner.isValid && scanner.take(")");
+    return owner;
 }
 
 // "[UID:]PID): ", behind the bracket of formats brief and time.
-bool takeOwner(TextScanner& scanner) {
-    scanner.skipBlanks();
-    std::string_view pid = scanner.takeUntil(" :()");
-    if (scanner.take(":")) {  // the first was a user id
-        scanner.skipBlanks();
-        pid = scanner.takeUntil(" :()");
-    }
-    return isNumber(pid) && scanner.take("):") && (scanner.take(" ") || scanner.rest.empty());
+bool takeOwnerOfTag(TextScanner& scanner) {
+    const Owner owner = takeOwner(scanner);
+    return owner.isValid && owner.numbers <= 2 && scanner.take(":") &&
+           (scanner.take(" ") || scanner.rest.empty());
 }
 
 // "P/TAG([UID:]PID): TEXT", all of format brief and the rest of format time. A tag may hold
-// brackets: the first that encloses a process id ends it.
+// brackets: the first that encloses a process id ends it. "P/TAG: TEXT" is all of format tag.
 std::optional<AndroidLogLine> taggedLine(std::string_view line) {
-    if (line.size() < 2 || !isPriority(line.substr(0, 1)) || line[1] != '/') {
+    if (line.size() < 2 || line[1] != '/' || !isPriority(line.substr(0, 1))) {
         return std::nullopt;
     }
     line.remove_prefix(2);
-    for (size_t bracket = line.find('('); bracket != std::string_view::npos;
-         bracket = line.find('(', bracket + 1)) {
+    const size_t colon = colonBehindTag(line);
+    for (size_t bracket = line.find('('); bracket < colon; bracket = line.find('(', bracket + 1)) {
         TextScanner scanner{line.substr(bracket + 1)};
-        if (takeOwner(scanner)) {
-            return AndroidLogLine{.tag = withoutPadding(line.substr(0, bracket)),
+        if (takeOwnerOfTag(scanner)) {
+            return AndroidLogLine{.format = LogFormat::brief,
+                                  .tag = withoutPadding(line.substr(0, bracket)),
                                   .text = scanner.rest};
         }
     }
-    return std::nullopt;
+    if (colon == std::string_view::npos) {
+        return std::nullopt;
+    }
+    return AndroidLogLine{.format = LogFormat::tag,
+                          .tag = withoutPadding(line.substr(0, colon)),
+                          .text = textBehindColon(line, colon)};
+}
+
+// "P([UID:]PID) TEXT  (TAG)", format process, or "P([UID:]PID:TID) TEXT", format thread.
+std::optional<AndroidLogLine> untaggedLine(std::string_view line) {
+    if (line.size() < 2 || line[1] != '(' || !isPriority(line.substr(0, 1))) {
+        return std::nullopt;
+    }
+    TextScanner scanner{line.substr(2)};
+    const Owner owner = takeOwner(scanner);
+    if (!owner.isValid || !scanner.take(" ")) {
+        return std::nullopt;
+    }
+    const std::string_view text = scanner.rest;
+    const size_t bracket = text.ends_with(')') ? text.rfind("  (") : std::string_view::npos;
+    if (owner.numbers < 3 && bracket != std::string_view::npos) {
+        const std::string_view tag = text.substr(bracket + 3);
+        return AndroidLogLine{.format = LogFormat::process,
+                              .tag = withoutPadding(tag.substr(0, tag.size() - 1)),
+                              .text = text.substr(0, bracket)};
+    }
+    if (owner.numbers < 2) {
+        return std::nullopt;
+    }
+    return AndroidLogLine{.format = LogFormat::thread, .text = text, .hasTag = false};
 }
 
 // "[UID] PID TID P TAG: TEXT", the rest of format threadtime.
@@ -171,17 +108,13 @@ std::optional<AndroidLogLine> threadLine(TextScanner scanner) {
     if (!isNumber(pid) || !isNumber(tid) || !isPriority(priority) || !scanner.take(" ")) {
         return std::nullopt;
     }
-    // A tag may hold colons; a blank follows the one that ends it, unless the text is empty.
-    size_t colon = scanner.rest.find(": ");
-    if (colon == std::string_view::npos && scanner.rest.ends_with(':')) {
-        colon = scanner.rest.size() - 1;
-    }
+    const size_t colon = colonBehindTag(scanner.rest);
     if (colon == std::string_view::npos) {
         return std::nullopt;
     }
-    const std::string_view text = scanner.rest.substr(colon + 1);
-    return AndroidLogLine{.tag = withoutPadding(scanner.rest.substr(0, colon)),
-                          .text = text.substr(text.empty() ? 0 : 1)};
+    return AndroidLogLine{.format = LogFormat::threadtime,
+                          .tag = withoutPadding(scanner.rest.substr(0, colon)),
+                          .text = textBehindColon(scanner.rest, colon)};
 }
 
 // "[UID:]PID:TID P/TAG ]", the rest of a head in format long.
@@ -207,31 +140,87 @@ std::optional<AndroidLogLine> headLine(TextScanner scanner) {
         return std::nullopt;
     }
     tag.remove_suffix(2);
-    return AndroidLogLine{.tag = withoutPadding(tag), .isHead = true};
+    return AndroidLogLine{.format = LogFormat::longFormat, .tag = withoutPadding(tag)};
+}
+
+// What stands behind the time, from the blank on. A time of day alone is a log window's.
+std::optional<AndroidLogLine> parseBehindTime(std::string_view rest, PrintedTime::Kind kind) {
+    if (kind != PrintedTime::Kind::timeOfDay) {
+        if (auto line = threadLine(TextScanner{rest})) {
+            return line;
+        }
+        auto line = taggedLine(rest.substr(1));
+        if (line && line->format == LogFormat::brief) {
+            line->format = LogFormat::time;
+            return line;
+        }
+    }
+    return parseLogWindowLine(rest);
 }
 
 }  // namespace
 
-std::optional<AndroidLogLine> parseAndroidLogLine(std::string_view line) {
+const char* toText(LogFormat format) {
+    switch (format) {
+        case LogFormat::brief:
+            return "brief";
+        case LogFormat::tag:
+            return "tag";
+        case LogFormat::process:
+            return "process";
+        case LogFormat::thread:
+            return "thread";
+        case LogFormat::raw:
+            return "raw";
+        case LogFormat::time:
+            return "time";
+        case LogFormat::threadtime:
+            return "threadtime";
+        case LogFormat::longFormat:
+            return "long";
+        case LogFormat::logWindow:
+        case LogFormat::oldLogWindow:
+            break;
+    }
+    return "log window";
+}
+
+std::optional<AndroidLogLine> parseAndroidLogLine(std::string_view line, PrintedTimeReader& times) {
     if (auto brief = taggedLine(line)) {
         return brief;
     }
+    if (auto untagged = untaggedLine(line)) {
+        return untagged;
+    }
     TextScanner scanner{line};
     const bool isHead = scanner.take("[ ");
-    const auto time = takeTime(scanner);
+    const auto time = times.take(scanner);
     if (!time) {
         return std::nullopt;
     }
-    std::optional<AndroidLogLine> parsed;
-    if (isHead) {
-        parsed = headLine(scanner);
-    } else if (parsed = taggedLine(scanner.rest); !parsed) {
-        parsed = threadLine(scanner);
-    }
+    auto parsed = isHead ? headLine(scanner) : parseBehindTime(scanner.rest, time->kind);
     if (parsed) {
         parsed->time = time;
     }
     return parsed;
+}
+
+bool isPriority(std::string_view text) {
+    return text.size() == 1 &&
+           std::string_view("VDIWEFAS?").find(text[0]) != std::string_view::npos;
+}
+
+std::string_view withoutPadding(std::string_view tag) {
+    return tag.substr(0, tag.find_last_not_of(' ') + 1);
+}
+
+size_t colonBehindTag(std::string_view line) {
+    const size_t colon = line.find(": ");
+    return colon == std::string_view::npos && line.ends_with(':') ? line.size() - 1 : colon;
+}
+
+std::string_view textBehindColon(std::string_view line, size_t colon) {
+    return line.substr(std::min(colon + 2, line.size()));
 }
 
 }  // namespace kestrel

@@ -96,6 +96,16 @@ LaunchLine parseDisplayed(TextScanner scanner) {
     return frame;
 }
 
+ForceStop::Reason reasonOf(std::string_view text) {
+    if (text == "pkg removed") {
+        return ForceStop::Reason::removed;
+    }
+    if (text == "installPackageLI") {
+        return ForceStop::Reason::installing;
+    }
+    return text == "deletePackageX" ? ForceStop::Reason::deleting : ForceStop::Reason::other;
+}
+
 // "P appid=N user=N: REASON"
 LaunchLine parseForceStop(TextScanner scanner) {
     ForceStop stop;
@@ -104,7 +114,7 @@ LaunchLine parseForceStop(TextScanner scanner) {
         !scanner.take(" user=") || !scanner.takeNumber<int64_t>() || !scanner.take(": ")) {
         return {};
     }
-    stop.reason = trimmed(scanner.rest);
+    stop.reason = reasonOf(trimmed(scanner.rest));
     return stop;
 }
 
@@ -135,29 +145,27 @@ std::optional<std::string_view> takeBraces(TextScanner& scanner) {
 }
 
 // "CATEGORY,CATEGORY]"
-bool holdsHome(TextScanner scanner) {
+void readCategories(TextScanner scanner, ActivityStart& start) {
     do {
-        if (scanner.takeUntil(",]") == "android.intent.category.HOME") {
-            return true;
-        }
+        const std::string_view category = scanner.takeUntil(",]");
+        start.isHome = start.isHome || category == "android.intent.category.HOME";
+        start.isLauncher = start.isLauncher || category == "android.intent.category.LAUNCHER";
     } while (scanner.take(","));
-    return false;
 }
 
-// 0 when there is none, or the line ends before its digits; -1, as of a start that failed, when it
-// cannot be read.
+// Behind " result code=" or, as a vendor prints it, " result: "; 0 when there is none, or the line
+// ends before its digits; -1, as of a start that failed, when it cannot be read.
 int resultCodeOf(std::string_view text) {
-    constexpr std::string_view KS_RESULT_CODE = " result code=";
-    const size_t found = text.find(KS_RESULT_CODE);
-    if (found == std::string_view::npos) {
-        return 0;
+    for (const std::string_view words : {" result code=", " result: "}) {
+        const size_t found = text.find(words);
+        if (found == std::string_view::npos) {
+            continue;
+        }
+        TextScanner scanner{text.substr(found + words.size())};
+        const std::string_view digits = scanner.rest.substr(scanner.rest.starts_with('-') ? 1 : 0);
+        return startsWithDigit(digits) ? scanner.takeNumber<int>().value_or(-1) : 0;
     }
-    TextScanner scanner{text.substr(found + KS_RESULT_CODE.size())};
-    const std::string_view digits = scanner.rest.substr(scanner.rest.starts_with('-') ? 1 : 0);
-    if (!startsWithDigit(digits)) {
-        return 0;
-    }
-    return scanner.takeNumber<int>().value_or(-1);
+    return 0;
 }
 
 // "START u0 {...} ..."
@@ -183,10 +191,23 @@ std::optional<TextScanner> fieldsOf(std::string_view text) {
     return TextScanner{text.substr(1, end - 1)};
 }
 
+// A field without the name that a log with descriptions puts before it: "NAME=VALUE".
+std::string_view valueOf(std::string_view field) {
+    field = trimmed(field);
+    const auto isOfName = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == ' ';
+    };
+    const auto end = std::ranges::find_if_not(field, isOfName);
+    if (end != field.begin() && end != field.end() && *end == '=') {
+        field.remove_prefix(static_cast<size_t>(end - field.begin()) + 1);
+    }
+    return field;
+}
+
 // Up to and with the first field that is a component; empty when there is none.
 std::string_view takePackage(TextScanner& fields) {
     do {
-        const std::string_view package = packageOf(trimmed(fields.takeUntil(",")));
+        const std::string_view package = packageOf(valueOf(fields.takeUntil(",")));
         if (!package.empty()) {
             return package;
         }
@@ -194,23 +215,58 @@ std::string_view takePackage(TextScanner& fields) {
     return {};
 }
 
-// "..., ACTION, ..., FLAGS", behind the component
+// The flags of an intent, which are printed as a signed number.
+std::optional<uint32_t> flagsOf(std::string_view field) {
+    const auto flags = wholeNumber<int32_t>(valueOf(field));
+    return flags ? std::optional(static_cast<uint32_t>(*flags)) : std::nullopt;
+}
+
+// ",ACTION,...,FLAGS[,FIELD]", behind the component. The further field is no number.
 LaunchLine parseCreation(std::string_view package, std::string_view rest) {
-    const auto flags = wholeNumber<int32_t>(trimmed(rest.substr(rest.rfind(',') + 1)));
+    constexpr uint32_t KS_FLAG_HOME = 0x100;
+    const size_t last = rest.rfind(',');
+    if (last == std::string_view::npos) {
+        return {};
+    }
+    auto flags = flagsOf(rest.substr(last + 1));
+    if (!flags) {
+        const std::string_view before = rest.substr(0, last);
+        flags = flagsOf(before.substr(std::min(before.rfind(',') + 1, before.size())));
+    }
     if (!flags) {
         return {};
     }
-    return ActivityStart{
-        .package = package, .flags = static_cast<uint32_t>(*flags), .isCreation = true};
+    TextScanner fields{rest.substr(1)};
+    const bool isMain = valueOf(fields.takeUntil(",")) == "android.intent.action.MAIN";
+    return ActivityStart{.package = package,
+                         .flags = *flags,
+                         .isHome = isMain && (*flags & KS_FLAG_HOME) != 0,
+                         .isCreation = true};
+}
+
+// "843", or with descriptions "843ms" or "1.843s".
+std::optional<int64_t> msOf(std::string_view field) {
+    TextScanner scanner{field};
+    const auto count = takeCount(scanner);
+    if (!count || scanner.rest.empty() || scanner.rest == "ms") {
+        return count;
+    }
+    constexpr int64_t KS_MAX_SECONDS = 1'000'000'000'000;
+    if (*count > KS_MAX_SECONDS) {
+        return std::nullopt;
+    }
+    int64_t ms = *count * 1000;
+    if (scanner.take(".")) {
+        for (int unitMs = 100; !scanner.rest.empty() && isDigit(scanner.rest[0]); unitMs /= 10) {
+            ms += (scanner.rest[0] - '0') * unitMs;
+            scanner.rest.remove_prefix(1);
+        }
+    }
+    return scanner.rest == "s" ? std::optional(ms) : std::nullopt;
 }
 
 std::optional<int64_t> takeMsField(TextScanner& fields) {
-    if (!fields.take(",")) {
-        return std::nullopt;
-    }
-    TextScanner field{trimmed(fields.takeUntil(","))};
-    const auto count = takeCount(field);
-    return field.rest.empty() ? count : std::nullopt;
+    return fields.take(",") ? msOf(valueOf(fields.takeUntil(","))) : std::nullopt;
 }
 
 // ", MS[, TOTAL]", behind the component
@@ -219,7 +275,7 @@ LaunchLine parseLaunchTime(std::string_view package, TextScanner fields) {
     if (!ownMs) {
         return {};
     }
-    FirstFrame frame{.package = package, .ownMs = *ownMs};
+    FirstFrame frame{.package = package, .ownMs = *ownMs, .isEvent = true};
     if (!fields.rest.empty()) {
         frame.totalMs = takeMsField(fields);
         if (!frame.totalMs || !fields.rest.empty()) {
@@ -227,6 +283,28 @@ LaunchLine parseLaunchTime(std::string_view package, TextScanner fields) {
         }
     }
     return frame;
+}
+
+// "uid=N(NAME) NAME expire N line[s]"
+LaunchLine parseChatty(std::string_view text) {
+    constexpr std::string_view KS_EXPIRE = " expire ";
+    const size_t found = text.find(KS_EXPIRE);
+    if (found == std::string_view::npos) {
+        return {};
+    }
+    TextScanner scanner{text.substr(found + KS_EXPIRE.size())};
+    const auto count = scanner.takeNumber<uint64_t>();
+    return count && scanner.take(" line") ? DroppedLines{*count} : LaunchLine();
+}
+
+LaunchLine parseActivityManager(TextScanner scanner) {
+    if (scanner.take("Displayed ")) {
+        return parseDisplayed(scanner);
+    }
+    if (scanner.take("Force stopping ")) {
+        return parseForceStop(scanner);
+    }
+    return parseStart(scanner);
 }
 
 LaunchLine parseEvent(LogSource source, std::string_view text) {
@@ -245,11 +323,27 @@ LaunchLine parseEvent(LogSource source, std::string_view text) {
             return parseLaunchTime(package, *fields);
         case LogSource::frontEvent:
             return AppSwitch{package};
-        case LogSource::activityManager:
         case LogSource::other:
+        case LogSource::unknown:
+        case LogSource::activityManager:
+        case LogSource::bootEvent:
+        case LogSource::chatty:
             break;
     }
     return {};
+}
+
+LogSource eventSourceOf(std::string_view name) {
+    if (name == "create_activity") {
+        return LogSource::createEvent;
+    }
+    if (name == "activity_launch_time") {
+        return LogSource::launchTimeEvent;
+    }
+    if (name == "set_resumed_activity" || name == "resume_activity" || name == "focused_activity") {
+        return LogSource::frontEvent;
+    }
+    return name == "boot_progress_start" ? LogSource::bootEvent : LogSource::other;
 }
 
 }  // namespace
@@ -266,7 +360,7 @@ ActivityStart parseIntent(std::string_view intent) {
             start.package = packageOf(value.rest);
             break;
         } else if (value.take("cat=[")) {
-            start.isHome = start.isHome || holdsHome(value);
+            readCategories(value, start);
         } else if (value.take("flg=0x")) {
             start.flags = wholeNumber<uint32_t>(value.rest, 16).value_or(0);
         }
@@ -277,39 +371,38 @@ ActivityStart parseIntent(std::string_view intent) {
 }
 
 LogSource logSourceOf(std::string_view tag) {
+    if (tag.empty() || std::string_view("Aacwsrfb").find(tag[0]) == std::string_view::npos) {
+        return LogSource::other;  // most lines
+    }
     if (tag == "ActivityManager" || tag == "ActivityTaskManager") {
         return LogSource::activityManager;
+    }
+    if (tag == "chatty") {
+        return LogSource::chatty;
     }
     if (tag.starts_with("am_") || tag.starts_with("wm_")) {
         tag.remove_prefix(3);
     }
-    if (tag == "create_activity") {
-        return LogSource::createEvent;
-    }
-    if (tag == "activity_launch_time") {
-        return LogSource::launchTimeEvent;
-    }
-    if (tag == "set_resumed_activity" || tag == "resume_activity" || tag == "focused_activity") {
-        return LogSource::frontEvent;
-    }
-    return LogSource::other;
+    return eventSourceOf(tag);
 }
 
 LaunchLine parseLaunchLine(LogSource source, std::string_view text) {
-    if (source == LogSource::other) {
-        return {};
+    switch (source) {
+        case LogSource::other:
+            return {};
+        case LogSource::unknown:
+        case LogSource::activityManager:
+            return parseActivityManager(TextScanner{text});
+        case LogSource::bootEvent:
+            return Boot{};
+        case LogSource::chatty:
+            return parseChatty(text);
+        case LogSource::createEvent:
+        case LogSource::launchTimeEvent:
+        case LogSource::frontEvent:
+            break;
     }
-    if (source != LogSource::activityManager) {
-        return parseEvent(source, text);
-    }
-    TextScanner scanner{text};
-    if (scanner.take("Displayed ")) {
-        return parseDisplayed(scanner);
-    }
-    if (scanner.take("Force stopping ")) {
-        return parseForceStop(scanner);
-    }
-    return parseStart(scanner);
+    return parseEvent(source, text);
 }
 
 }  // namespace kestrel
