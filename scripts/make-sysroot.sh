@@ -9,6 +9,7 @@ PACKAGES=(
     libc6 libc6-dev linux-libc-dev libgcc-s1 libgcc-12-dev
     libc++1-19 libc++-19-dev libc++abi1-19 libc++abi-19-dev libunwind-19 libunwind-19-dev
     libsqlite3-0 libsqlite3-dev libcli11-dev nlohmann-json3-dev googletest
+    zlib1g zlib1g-dev libzstd1 libzstd-dev
 )
 
 sysroot=$1
