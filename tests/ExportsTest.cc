@@ -187,8 +187,9 @@ TEST(LogExportTest, PassesOverWhatIsNoMessage) {
     }
     for (const std::string& other : bad) {
         SCOPED_TRACE(other);
-        const std::string text = R"({"logcatMessages":[)" + other;
-        EXPECT_EQ(exported(text + "," + GOOD + "]}"), (Lines{"2 999999 t|m", "1+1"}));
+        std::string text = R"({"logcatMessages":[)" + other;
+        text += "," + GOOD + "]}";
+        EXPECT_EQ(exported(text), (Lines{"2 999999 t|m", "1+1"}));
     }
 }
 
