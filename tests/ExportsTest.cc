@@ -93,6 +93,10 @@ TEST(StartInfoTest, TakesOfARecordWhatIsGood) {
          ACTIVITY + " timestamps: 0=7999999 4=60008000000 \n",
          {"7 launch com.a"},
          "7..7 1/1"},
+        {"package that is none",
+         ACTIVITY + " timestamps: 0=1\n package=" + std::string(256, 'a'),
+         {},
+         "-1..-1 0/1 bad 1"},
         {"frame without launch",
          " monotonicCreationTimeMs=5\n" + ACTIVITY + " timestamps: 4=1000000\n",
          {"5 launch com.a"},
@@ -117,13 +121,11 @@ TEST(StartInfoTest, TakesOfARecordWhatIsGood) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const std::string before = "reason=LAUNCHER 0=1\n" + std::string(KS_HEAD) + "\n";
-        const std::string after =
-            "ACTIVITY MANAGER LRU PROCESSES (dumpsys activity lru)\n"
-            "ApplicationStartInfo #0:\n";
-        const ImportedInput imported =
-            startInfo(before + "  package: com.section\n" + "ApplicationStartInfo #0:\n" +
-                      c.record + "\n" + after);
+        std::string text = "reason=LAUNCHER 0=1\n" + std::string(KS_HEAD);
+        text += "\n  package: com.section\nApplicationStartInfo #0:\n" + c.record;
+        text +=
+            "\nACTIVITY MANAGER LRU PROCESSES (dumpsys activity lru)\nApplicationStartInfo #0:\n";
+        const ImportedInput imported = startInfo(text);
         EXPECT_EQ(namesOf(imported.objects), c.events);
         EXPECT_EQ(summaryOf(imported.summary), c.summary);
     }
@@ -185,8 +187,9 @@ TEST(LogExportTest, PassesOverWhatIsNoMessage) {
     }
     for (const std::string& other : bad) {
         SCOPED_TRACE(other);
-        EXPECT_EQ(exported(R"({"logcatMessages":[)" + other + "," + GOOD + "]}"),
-                  (Lines{"2 999999 t|m", "1+1"}));
+        std::string text = R"({"logcatMessages":[)" + other;
+        text += "," + GOOD + "]}";
+        EXPECT_EQ(exported(text), (Lines{"2 999999 t|m", "1+1"}));
     }
 }
 
@@ -239,6 +242,11 @@ TEST(BenchmarkResultsTest, TakesOnlyRunsThatAreDurations) {
     EXPECT_EQ(summaryOf(imported.summary), "0..0 1/9 other 1 bad 10");
     EXPECT_EQ(summaryOf(benchmark("{\"benchmarks\":[]}").summary), "-1..-1 0/0");
     EXPECT_THROW(benchmark("{\"context\":{}}"), InputError);
+    std::string many = R"({"benchmarks":[{"metrics":{"timeToInitialDisplayMs":{"runs":[0)";
+    for (int i = 0; i < 100'000; ++i) {
+        many += ",0";
+    }
+    EXPECT_THROW(benchmark(many + "]}}}]}"), InputError);
     EXPECT_THROW(benchmark("{\"benchmarks\":[{\"a\":NaN}]}"), InputError);
 }
 

@@ -37,6 +37,9 @@ constexpr int64_t KS_GAP_MS = 10'000;
 // No startup takes longer.
 constexpr double KS_MAX_RUN_MS = 3'600'000;
 
+// No benchmark has more. A run is a few bytes of the document, but several events.
+constexpr std::size_t KS_MAX_RUNS = 100'000;
+
 std::optional<int64_t> durationMsOf(const JsonScalar& value) {
     double ms = -1;
     if (const auto* fraction = std::get_if<double>(&value)) {
@@ -52,7 +55,8 @@ std::optional<int64_t> durationMsOf(const JsonScalar& value) {
 
 class RunListener : public JsonListener {
  public:
-    explicit RunListener(const std::string& package) : mPackage(package) {}
+    RunListener(const std::string& inputName, const std::string& package)
+        : mInputName(inputName), mPackage(package) {}
 
     void begin(int place) override {
         if (place == benchmarks) {
@@ -109,7 +113,10 @@ class RunListener : public JsonListener {
 
  private:
     void takeRun(const JsonScalar& value, std::size_t line) {
-        ++mRuns;
+        if (++mRuns > KS_MAX_RUNS) {
+            throw InputError(mInputName, line,
+                             "more than " + std::to_string(KS_MAX_RUNS) + " runs");
+        }
         const auto durationMs = durationMsOf(value);
         if (!durationMs) {
             ++mBadEntries;
@@ -125,6 +132,7 @@ class RunListener : public JsonListener {
         mObjects.push_back(firstFrame(t + *durationMs, line, mPackage));
     }
 
+    const std::string& mInputName;
     const std::string& mPackage;
     TraceObjects mObjects;
     std::size_t mRuns = 0;
@@ -139,7 +147,7 @@ class RunListener : public JsonListener {
 }  // namespace
 
 ImportedInput readBenchmarkResults(ByteSource& source, const std::string& package) {
-    RunListener listener(package);
+    RunListener listener(source.name(), package);
     readJson(source, KS_STEPS, listener);
     if (!listener.hasList()) {
         throw InputError(source.name() + ": no list \"benchmarks\", as benchmark results have it");

@@ -34,6 +34,13 @@ std::optional<int64_t> wholeCount(std::string_view text) {
     return count && *count >= 0 ? count : std::nullopt;
 }
 
+// Empty for what is none. A section's stays with each of its records, so that it must be short.
+std::string_view packageName(std::string_view text) {
+    constexpr std::size_t KS_MAX_PACKAGE = 255;
+    const bool isName = text.size() <= KS_MAX_PACKAGE && text.find('\0') == std::string_view::npos;
+    return isName ? text : std::string_view();
+}
+
 // "Intent { ... }"
 bool isHomeIntent(std::string_view text) {
     const std::size_t brace = text.find('{');
@@ -61,7 +68,7 @@ void StartInfoReader::readLine(std::string_view line, std::size_t number) {
     TextScanner scanner{withoutBlanks(line)};
     if (scanner.take("package: ")) {
         endRecord();
-        mPackage = scanner.takeWord();
+        mPackage = packageName(scanner.takeWord());
     } else if (scanner.take("Historical Process Start for ")) {
         endRecord();
     } else if (scanner.take("ApplicationStartInfo #")) {
@@ -81,27 +88,26 @@ void StartInfoReader::readLine(std::string_view line, std::size_t number) {
 void StartInfoReader::readFields(std::string_view fields) {
     TextScanner scanner{fields};
     std::string_view key;
-    std::string_view value;
+    std::size_t valueBegin = 0;  // in `fields`
+    std::size_t valueEnd = 0;
     for (auto word = scanner.takeWord(); !word.empty(); word = scanner.takeWord()) {
+        const std::size_t wordEnd = fields.size() - scanner.rest.size();
         const std::size_t sign = word.find('=');
-        if (sign == std::string_view::npos) {
-            if (!key.empty()) {
-                value = {value.data(), static_cast<std::size_t>(word.end() - value.begin())};
-            }
-            continue;
+        if (sign != std::string_view::npos) {
+            setField(key, fields.substr(valueBegin, valueEnd - valueBegin));
+            key = word.substr(0, sign);
+            valueBegin = wordEnd - word.size() + sign + 1;
         }
-        setField(key, value);
-        key = word.substr(0, sign);
-        value = word.substr(sign + 1);
+        valueEnd = wordEnd;
     }
-    setField(key, value);
+    setField(key, fields.substr(valueBegin, valueEnd - valueBegin));
 }
 
 void StartInfoReader::setField(std::string_view key, std::string_view value) {
     if (key == "monotonicCreationTimeMs") {
         mRecord->createdMs = wholeCount(value);
     } else if (key == "package") {
-        mRecord->package = value;
+        mRecord->package = packageName(value);
     } else if (key == "reason") {
         mRecord->reason = value;
     } else if (key == "startComponent") {
