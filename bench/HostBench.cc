@@ -114,7 +114,7 @@ void registerTimedFeature() {
 
 void deliverSilently(const std::string& trace) {
     const TemporaryDirectory root;
-    InputSequence inputs({trace}, std::nullopt, InputKinds::tracesAndLogs);
+    InputSequence inputs({trace}, std::nullopt, {});
     LinuxHost host(inputs.setup(), {.root = root.path(), .sync = false}, [](const HostRecord&) {});
     host.start(inputs.firstT());
     while (const auto object = inputs.next()) {

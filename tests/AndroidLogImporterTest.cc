@@ -1,4 +1,4 @@
-#include "tools/input/logcat/AndroidLogImporter.h"
+#include "tools/input/logcat/AndroidLog.h"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/support/EventNames.h"
+#include "tools/base/Lines.h"
 
 namespace kestrel {
 
@@ -22,18 +23,28 @@ std::string joined(const Lines& lines, std::string_view lineEnd = "\n") {
     return content;
 }
 
-Lines imported(std::string_view content, const LogImportSettings& settings = {}) {
-    TraceObjects trace;
-    EXPECT_TRUE(AndroidLogImporter::importFile(content, settings, trace));
-    return namesOf(trace);
+AndroidLog logOf(std::string_view content) {
+    AndroidLog log;
+    for (size_t number = 1; !content.empty(); ++number) {
+        log.addLine(takeLine(content), number);
+    }
+    return log;
 }
 
-// Importing line by line, as from standard input.
+Lines imported(std::string_view content, const LogImportSettings& settings = {}) {
+    AndroidLog log = logOf(content);
+    EXPECT_TRUE(log.sawLogLine());
+    InputSummary summary;
+    return namesOf(log.import(settings, summary));
+}
+
+// Importing line by line, as from a pipe.
 Lines streamed(const Lines& lines) {
+    AndroidLogReader reader;
     AndroidLogImporter importer({});
     TraceObjects trace;
     for (size_t i = 0; i < lines.size(); ++i) {
-        importer.importLine(lines[i], i + 1, trace);
+        importer.play(reader.read(lines[i]), i + 1, trace);
     }
     return namesOf(trace);
 }
@@ -50,6 +61,11 @@ std::string start(const std::string& package, const std::string& flags = "0x1000
 
 std::string home(const std::string& package) {
     return "START u0 {cat=[a,android.intent.category.HOME] cmp=" + package + "/.Home} from uid 1";
+}
+
+std::string icon(const std::string& package, const std::string& flags = "0x10000000") {
+    return "START u0 {cat=[android.intent.category.LAUNCHER] flg=" + flags + " cmp=" + package +
+           "/.Main}";
 }
 
 std::string brief(const std::string& text, const std::string& tag = "ActivityManager") {
@@ -69,20 +85,82 @@ TEST(AndroidLogImporter, ReadsEveryFormat) {
         {"[ 2023-01-02 00:00:03.004000 +0000  root:    7:    8 I/ActivityManager ]", text},
         {"              86403.004  7  8 I ActivityManager: " + text},
         {"[  86403.004123  1000:    7:    8 I/ActivityManager ]", text},
+        {"01-02 00:00:03.004999999  7  8 I ActivityManager: " + text},
+        {"01-02 00:00:03.004: I/ActivityManager( 7): " + text},
+        {"\x1b[38;5;40m01-02 00:00:03.004  7  8 I ActivityManager: " + text + "\x1b[0m"},
+        {"\x1b[32m[ 01-02 00:00:03.004  7: 8 I/ActivityManager ]", text + "\x1b[0m"},
+        {"2024-01-02 00:00:03.004  7-8     ActivityTaskManager     system_server      I  " + text},
+        {"2024-01-02 00:00:03.004  7-8     Activ...kManager   app     E  " + text},
+        {"2024-01-02 00:00:03.004  pid-7   I  " + text},
+        {"2024-01-02 00:00:03.004  I  " + text},
+        {"2024-01-02 00:00:03.004 7-8/system_process I/ActivityManager: " + text},
+        {"01-02 00:00:03.004          7-8/? I/ActivityManager: " + text},
+        {"01-02 00:00:03.004 7-8 I/ActivityManager: " + text},
+        {"01-02 00:00:03.004 system_process I/ActivityManager: " + text},
+        {"01-02 00:00:03.004 7-8/system_process I: " + text},
+        {"86403.004 7-8/? I/ActivityManager: " + text},
     };
     for (const Lines& lines : formats) {
         SCOPED_TRACE(lines[0]);
         EXPECT_EQ(imported(joined(lines)), Lines{"86403004 launch com.a"});
-        EXPECT_EQ(imported(joined(lines, "\r\n")), Lines{"86403004 launch com.a"});
+        EXPECT_EQ(imported(joined(lines, "\r\r\n")), Lines{"86403004 launch com.a"});
         EXPECT_EQ(streamed(lines), Lines{"86403004 launch com.a"});
     }
+}
+
+TEST(AndroidLogImporter, ReadsFormatsWithoutTime) {
+    const std::string text = start("com.a");
+    const struct {
+        const char* name;
+        Lines lines;
+        Lines events;
+    } cases[] = {
+        {"tag", {"I/ActivityManager: " + text}, {"1000 launch com.a"}},
+        {"a tag with a bracket in the text",
+         {"I/ActivityManager: " + start("com.b(7): x/y com.a"), "I/Other: " + text}, {}},
+        {"process", {"I(  7) " + text + "  (ActivityManager)"}, {"1000 launch com.a"}},
+        {"process with a user", {"I( root:  7) " + text + "  (Other)"}, {}},
+        {"thread", {"I(  7:    8) " + text}, {"1000 launch com.a"}},
+        {"thread with a user", {"I( 1000:  7:    8) " + text}, {"1000 launch com.a"}},
+        {"thread: an event is nothing", {"I(  7:  8) [0,1,com.a/.Main,x,0]"}, {}},
+        {"raw",
+         {"some text", text, "[0,1,com.b/.Main,x,0]", "Displayed com.a/.Main: +5ms"},
+         {"1000 launch com.a", "1005 frame com.a"}},
+        {"raw with nothing but a head", {"--------- beginning of crash", "what fell"}, {}},
+        {"colours before the tag",
+         {"\x1b[32mI(  7) " + text + "\x1b[0m  (ActivityManager)"},
+         {"1000 launch com.a"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(imported(joined(c.lines)), c.events);
+        EXPECT_EQ(streamed(c.lines), c.events);
+    }
+    // A line in another format says that the log is not raw.
+    const Lines mixed{text, "01-01 00:00:01.000  7  8 I Other: x", start("com.b")};
+    EXPECT_EQ(imported(joined(mixed)), Lines{});
+    EXPECT_EQ(streamed(mixed), Lines{"1000 launch com.a"});
+}
+
+TEST(AndroidLogImporter, CountsTimesOfDayFromMidnight) {
+    const auto line = [](const char* time, const char* package) {
+        return std::string(time) + "  I  " + start(package);
+    };
+    EXPECT_EQ(imported(joined({line("23:59:59.000", "a"), line("12:00:00.000", "b"),
+                               line("00:00:01.000", "c"), line("11:59:59.999", "d")})),
+              (Lines{"43200000 launch b", "86399000 launch a", "86401000 launch c",
+                     "129599999 launch d"}));
 }
 
 TEST(AndroidLogImporter, PassesOverWhatIsNoLogLine) {
     const std::string text = start("com.a");
     const std::string lines[] = {
         "",
-        text,
+        " " + text,
+        "I( 7) " + text,
+        "01-02 00:00:03.004  7-8  ActivityManager  I " + text,
+        "00:00:03.004 I/ActivityManager(  7): " + text,
+        "---------- beginning of main",
         "01-02 00:00:03.004 ActivityManager: " + text,
         "02-30 00:00:03.004  7  8 I ActivityManager: " + text,
         "01-02 24:00:03.004  7  8 I ActivityManager: " + text,
@@ -95,9 +173,7 @@ TEST(AndroidLogImporter, PassesOverWhatIsNoLogLine) {
     };
     for (const std::string& line : lines) {
         SCOPED_TRACE(line);
-        TraceObjects trace;
-        EXPECT_FALSE(AndroidLogImporter::importFile(line, {}, trace));
-        EXPECT_TRUE(trace.empty());
+        EXPECT_FALSE(logOf(line).sawLogLine());
     }
 }
 
@@ -122,6 +198,8 @@ TEST(AndroidLogImporter, ReadsStarts) {
         {"START u0 {cmp=com.a/.Main} with X result code=3", false},
         {"START u0 {cmp=com.a/.Main} with X result code=99999999999999999999", false},
         {"START u0 {cmp=com.a/.Main} with X result code=", true},
+        {"START u0 {cmp=com.a/.Main} result: 3", false},
+        {"START u0 {cmp=com.a/.Main} result: 2", true},
         {"START u0 {clip={text/plain} cmp=com.a/.Main", false},
         {"START u0 {sel={cmp=com.a/.Main}}", false},
         {"START u0 {cmp=com.a/}", false},
@@ -131,6 +209,9 @@ TEST(AndroidLogImporter, ReadsStarts) {
         {"[0,1,com.a/.Main,act,NULL,a,b,268435456]", true, "am_create_activity"},
         {"[0,1,com.a/.Main,act,NULL,NULL,-1]", true, "wm_create_activity"},
         {"[com.a/.Main,act,0]", true, "create_activity"},
+        {"[0,1,7,com.a/.Main,act,NULL,NULL,-1,name]", true, "wm_create_activity"},
+        {"[User=0,Token=3,Task ID=7,Component Name=com.a/.Main,Action=x=y,NULL,NULL,Flags=1]", true,
+         "wm_create_activity"},
         {"[0,1,com.a/.Main,act,2684354560]", false, "am_create_activity"},
         {"[0,1,com.a/.Main,act,268435456", false, "am_create_activity"},
         {"[0,1,com.a/,/.Main,268435456]", false, "am_create_activity"},
@@ -192,6 +273,20 @@ TEST(AndroidLogImporter, FollowsTheFrontAndTheOpenLaunch) {
           brief("Displayed com.c/.Main: +1h"), brief(start("com.c"))},
          {"0 switch com.h", "1000 launch com.a", "7201000 frame com.a", "7201000 switch com.h",
           "7202000 launch com.b", "7203000 launch com.c"}},
+        {"the creation of a home activity is a switch, the first time",
+         {at("01.000", "[0,1,7,com.h/.Home,android.intent.action.MAIN,NULL,NULL,268435712]",
+             "wm_create_activity"),
+          at("02.000", start("com.a")),
+          at("03.000", "[0,1,7,com.h/.Home,android.intent.action.MAIN,NULL,NULL,268435712]",
+             "wm_create_activity"),
+          at("04.000", "[0,1,7,com.i/.Main,android.intent.action.VIEW,NULL,NULL,268435712]",
+             "wm_create_activity")},
+         {"1000 switch com.h", "2000 launch com.a", "4000 launch com.i"}},
+        {"a later tap on the icon is a launch of its own",
+         {at("01.000", icon("com.a")), at("02.999", icon("com.a")), at("03.000", start("com.a")),
+          at("03.001", icon("com.a", "0x20000000")), at("03.002", icon("com.a")),
+          at("05.001", icon("com.a")), at("05.500", "Displayed com.a/.Main: +2s498ms")},
+         {"1000 launch com.a", "3002 launch com.a", "5500 frame com.a"}},
         {"in a long entry, what looks like a log line is text",
          {"[ 01-01 00:00:01.000  7: 8 I/ActivityManager ]", start("com.a"),
           at("02.000", start("com.b")), "", "[ 01-01 00:00:03.000  7: 8 I/Other ]", start("com.c")},
@@ -221,6 +316,14 @@ TEST(AndroidLogImporter, TakesTheDurationThatFits) {
         {"02.000", "Displayed activity com.a/.Main: 800 ms (total 900 ms)", 1900},
         {"02.000", "Displayed activity com.a/.Main: 800 ms", 1800},
         {"02.000", "[0,1,com.a/.Main,800]", 1800, "wm_activity_launch_time"},
+        // Both fit: the nearer one, and the total of two that are as near.
+        {"02.000", "Displayed com.a/.Main: +1s1ms (total +1s2ms)", 2001},
+        {"02.000", "Displayed com.a/.Main: +999ms (total +1s1ms)", 2001},
+        {"02.000", "Displayed com.a/.Main: +998ms (total +1s1ms)", 2001},
+        {"02.000", "[User=0,Component Name=com.a/.Main,time=1.01s,1200]", 2010,
+         "am_activity_launch_time"},
+        {"02.000", "[User=0,Component Name=com.a/.Main,time=850ms,2s]", 1850,
+         "am_activity_launch_time"},
         {"02.000", "[1,com.a/.Main,800,900]", 1900, "activity_launch_time"},
     };
     for (const auto& c : cases) {
@@ -294,6 +397,10 @@ TEST(AndroidLogImporter, KnowsUpdatesFromRemovals) {
          {update, removal, removal},
          {"9000 keep com.a", "9000 keep com.a"}},
         {"another reason", RemovalPolicy::forget, {removal + " twice"}, {}},
+        {"a stop between update and removal",
+         RemovalPolicy::forget,
+         {update, at("06.000", "Force stopping com.a appid=1 user=0: from pid 9"), removal},
+         {"9000 keep com.a"}},
         {"old text",
          RemovalPolicy::forget,
          {at("01.000", "Force stopping package com.a uid=1")},
@@ -344,8 +451,8 @@ TEST(AndroidLogImporter, CountsYears) {
 TEST(AndroidLogImporter, SortsFilesAndKeepsTheirLineNumbers) {
     const Lines lines{at("05.000", start("com.b")), "no log line", at("01.000002", start("com.a")),
                       at("01.000001", start("com.c")), at("05.000", start("com.d"))};
-    TraceObjects trace;
-    ASSERT_TRUE(AndroidLogImporter::importFile(joined(lines), {.games = {"com.a"}}, trace));
+    InputSummary summary;
+    const TraceObjects trace = logOf(joined(lines)).import({.games = {"com.a"}}, summary);
     EXPECT_EQ(namesOf(trace), (Lines{"1000 launch com.c", "1000 game com.a", "5000 launch com.b",
                                      "5000 launch com.d"}));
     EXPECT_EQ(trace[0].line, 4U);
@@ -356,6 +463,56 @@ TEST(AndroidLogImporter, SortsFilesAndKeepsTheirLineNumbers) {
                                       "5000 launch com.d"}));
 }
 
+TEST(AndroidLogImporter, LeavesOutLaunchesWhoseFramesTheLogCannotHold) {
+    const std::string head = "--------- beginning of main";
+    const std::string frame = at("04.500", "Displayed com.c/.Main: +500ms");
+    const Lines before{at("01.000", start("com.a")), at("02.000", home("com.h")),
+                       at("03.000", start("com.b")), at("04.000", start("com.c"))};
+    const auto with = [&](Lines lines, std::initializer_list<std::string> more) {
+        lines.insert(lines.end(), more);
+        return joined(lines);
+    };
+    const Lines none{"2000 switch com.h", "4000 launch com.c", "4500 frame com.c"};
+    const Lines all{"1000 launch com.a", "2000 switch com.h", "3000 launch com.b",
+                    "4000 launch com.c", "4500 frame com.c"};
+    EXPECT_EQ(imported(with(before, {head, frame})), none);
+    EXPECT_EQ(imported(with(before, {"--------- beginning of /dev/log/main", frame})), none);
+    // The head has the place of the line behind it, wherever it stands in the file.
+    EXPECT_EQ(imported(joined({head, frame}) + joined(before)), none);
+    EXPECT_EQ(imported(with(before, {head, at("05.000", "x", "Other")})),
+              (Lines{"2000 switch com.h", "4000 launch com.c"}));
+    EXPECT_EQ(imported(with(before, {"--------- beginning of crash", frame})), all);
+    EXPECT_EQ(imported(with(before, {frame, head})), all);
+    EXPECT_EQ(imported(with(before, {at("03.500", "Displayed com.x/.Main: +1s"), head, frame})),
+              all);
+    EXPECT_EQ(imported(joined({head, at("00.500", "x", "Other")}) + with(before, {frame})), all);
+
+    InputSummary summary;
+    logOf(with(before, {head, frame})).import({}, summary);
+    ASSERT_FALSE(summary.notes.empty());
+    EXPECT_EQ(summary.notes.front().kind, InputNote::Kind::framesNotHeld);
+    EXPECT_EQ(summary.notes.front().count, 2U);
+}
+
+TEST(AndroidLogImporter, TellsLaunchesFromFramesWhereThereAreNoStarts) {
+    const Lines frames{at("01.000", "Displayed com.a/.Main: +1s500ms"),
+                       at("02.000", "Displayed com.a/.Second: +300ms"),
+                       at("02.100", "Displayed com.b/.Main: +200ms (total +400ms)"),
+                       at("03.000", "[0,1,com.c/.Main,100]", "am_activity_launch_time"),
+                       at("04.000", "Displayed com.a/.Main: +100ms")};
+    EXPECT_EQ(imported(joined(frames)),
+              (Lines{"0 launch com.a", "1000 frame com.a", "1700 launch com.b", "2100 frame com.b",
+                     "3900 launch com.a", "4000 frame com.a"}));
+    EXPECT_EQ(streamed(frames), Lines{});
+    Lines withStart = frames;
+    withStart.push_back(at("09.000", start("com.x") + " result code=102"));
+    EXPECT_EQ(imported(joined(withStart)), Lines{});
+    EXPECT_EQ(imported(joined({brief("Displayed com.a/.Main: +1s (total +2s)"),
+                               brief("Displayed com.b/.Main: +1s")})),
+              (Lines{"1000 launch com.a", "3000 frame com.a", "4000 launch com.b",
+                     "5000 frame com.b"}));
+}
+
 TEST(AndroidLogImporter, SurvivesLongLines) {
     const size_t size = 1'000'000;
     const std::string prefix = "01-01 00:00:01.000  7  8 I ActivityManager: START u0 ";
@@ -364,9 +521,8 @@ TEST(AndroidLogImporter, SurvivesLongLines) {
           prefix + "{flg=0x" + std::string(size, '9') + " cmp=a/b" + std::string(size, '}'),
           "01-01 00:00:01.000" + std::string(size, ' '), std::string(size, ':')}) {
         SCOPED_TRACE(line.substr(0, 80));
-        TraceObjects trace;
-        AndroidLogImporter::importFile(line, {}, trace);
-        EXPECT_LE(trace.size(), 1U);
+        InputSummary summary;
+        EXPECT_LE(logOf(line).import({}, summary).size(), 1U);
     }
 }
 

@@ -6,7 +6,7 @@
 namespace kestrel {
 
 void evaluate(const EvaluateOptions& options) {
-    InputSequence inputs(options.inputs, options.hostFile, InputKinds::tracesAndLogs);
+    InputSequence inputs(options.inputs, options.hostFile, {});
     std::ostringstream text;
     playEvaluation(options, inputs, text,
                    [&](const Evaluation& evaluation, const EvaluationSubject& subject,

@@ -9,7 +9,7 @@
 namespace kestrel {
 
 void importLogs(const std::vector<std::string>& logs, const std::optional<std::string>& hostFile) {
-    InputSequence inputs(logs, hostFile, InputKinds::logsOnly);
+    InputSequence inputs(logs, hostFile, {.takesTraces = false});
     while (const auto object = inputs.next()) {
         std::cout << toTraceLine(*object) << '\n';
         if (inputs.hasLiveInput()) {

@@ -43,7 +43,7 @@ class CloseInTheEnd : public SessionObserver {
 }  // namespace
 
 void replay(const ReplayOptions& options) {
-    InputSequence inputs(options.inputs, options.hostFile, InputKinds::tracesAndLogs);
+    InputSequence inputs(options.inputs, options.hostFile, {});
     catchInterruptions();  // so far there is nothing to put in order
     std::ostringstream text;
     RecordStream records(text);

@@ -5,7 +5,7 @@
 namespace kestrel {
 
 void writeReport(const EvaluateOptions& options) {
-    InputSequence inputs(options.inputs, options.hostFile, InputKinds::tracesAndLogs);
+    InputSequence inputs(options.inputs, options.hostFile, {});
     OutputFile page(options.out, options.inputs, options.hostFile);
     std::ostringstream text;
     playEvaluation(

@@ -18,7 +18,7 @@
 #include "tools/input/bugreport/BugReport.h"
 #include "tools/input/exports/BenchmarkResults.h"
 #include "tools/input/exports/StartInfoReader.h"
-#include "tools/input/perfetto/Ftrace.h"
+#include "tools/input/perfetto/FtraceText.h"
 #include "tools/input/perfetto/PerfettoTrace.h"
 
 namespace kestrel {

@@ -11,7 +11,7 @@
 #include "tools/input/archive/DecompressedSource.h"
 #include "tools/input/bugreport/BugReport.h"
 #include "tools/input/exports/StartInfoReader.h"
-#include "tools/input/perfetto/Ftrace.h"
+#include "tools/input/perfetto/FtraceText.h"
 #include "tools/input/perfetto/PerfettoTrace.h"
 
 namespace kestrel {
