@@ -9,7 +9,9 @@ PACKAGES=(
     libc6 libc6-dev linux-libc-dev libgcc-s1 libgcc-12-dev
     libc++1-19 libc++-19-dev libc++abi1-19 libc++abi-19-dev libunwind-19 libunwind-19-dev
     libsqlite3-0 libsqlite3-dev libcli11-dev nlohmann-json3-dev googletest
-    zlib1g zlib1g-dev libzstd1 libzstd-dev
+    libarchive13 libarchive-dev zlib1g zlib1g-dev libzstd1 libzstd-dev
+    # What libarchive loads.
+    libacl1 libbz2-1.0 libicu72 liblz4-1 liblzma5 libnettle8 libstdc++6 libxml2
 )
 
 sysroot=$1
@@ -34,6 +36,10 @@ apt-get update -q
 (cd apt/archives && apt-get download -q "${PACKAGES[@]}")
 for package in apt/archives/*.deb; do
     dpkg-deb -x "$package" .
+done
+# Links that begin at the root lead into the folder instead.
+find . -type l -lname '/*' | while read -r link; do
+    ln -snf "$PWD$(readlink "$link")" "$link"
 done
 # Written last: a folder without it is made anew.
 {

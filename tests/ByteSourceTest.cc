@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/support/Archive.h"
-#include "tests/support/ChunkedSource.h"
+#include "tests/support/Bytes.h"
+#include "tools/base/FileSource.h"
 #include "tools/base/FolderContent.h"
 #include "tools/base/InputError.h"
 #include "tools/base/LineReader.h"
@@ -62,59 +62,44 @@ TEST(ByteSourceTest, FilesAreReadFromWhereTheyStandAndAgain) {
     EXPECT_EQ(file.position(), text.size());
 }
 
-TEST(ByteSourceTest, PipesAreReadOnceAndCanBeSpooled) {
+TEST(ByteSourceTest, WhatIsReadOnceCanBeSpooled) {
     int ends[2] = {};
     ASSERT_EQ(pipe(ends), 0);
-    OpenFile written(ends[1]);
     FileSource pipe{OpenFile(ends[0]), "-"};
     ASSERT_EQ(write(ends[1], "some text", 9), 9);
-    {
-        const OpenFile closed = std::move(written);
-    }
+    close(ends[1]);
     EXPECT_FALSE(pipe.isRegular());
-    EXPECT_EQ(pipe.size(), 0U);
     const auto file = spooled(pipe, "standard input");
     EXPECT_TRUE(file->isRegular());
     EXPECT_EQ(file->size(), 9U);
     EXPECT_EQ(allOf(*file), "some text");
-    file->rewind();
-    EXPECT_EQ(allOf(*file), "some text");
-    EXPECT_EQ(file->name(), "standard input");
     setenv("TMPDIR", "/nowhere", 1);
     EXPECT_THROW(spooled(pipe, "-"), std::runtime_error);
+    unsetenv("TMPDIR");
 }
 
 TEST(ByteSourceTest, WhatIsNoFileIsTold) {
-    EXPECT_EQ(errorOf<InputError>([] { FileSource("/nowhere/a"); }),
-              "/nowhere/a: No such file or directory");
+    const std::string noSuch = ": No such file or directory";
+    EXPECT_EQ(errorOf<InputError>([] { FileSource("/no/file"); }), "/no/file" + noSuch);
     EXPECT_EQ(errorOf<InputError>([] { FileSource("/"); }), "/: Is a directory");
-    EXPECT_EQ(errorOf<InputError>([] { filesIn("/nowhere"); }),
-              "/nowhere: No such file or directory");
+    EXPECT_EQ(errorOf<InputError>([] { filesIn("/no"); }), "/no" + noSuch);
 }
 
 TEST(ByteSourceTest, LinesReachOverBlocks) {
-    const struct {
-        std::string text;
-        std::vector<std::string> lines;
-    } cases[] = {
-        {"", {}},
-        {"\n", {""}},
-        {"one", {"one"}},
-        {"one\n", {"one"}},
-        {"\n\none\r\ntwo two", {"", "", "one\r", "two two"}},
-        {"a\0b\n"s, {"a\0b"s}},
-    };
-    for (const auto& c : cases) {
-        for (const std::size_t size : BLOCK_SIZES) {
-            SCOPED_TRACE(c.text + " by " + std::to_string(size));
-            ChunkedSource source(c.text, size);
+    const std::string text = "\n\none\r\ntwo two\na\0b\n\nlast"s;
+    const std::vector<std::string> lines = {"", "", "one\r", "two two", "a\0b"s, "", "last"};
+    for (const std::size_t size : BLOCK_SIZES) {
+        for (const char* end : {"", "\n"}) {
+            SCOPED_TRACE(size);
+            const std::string ended = text + end;
+            ChunkedSource source(ended, size);
             LineReader reader(source);
-            std::vector<std::string> lines;
+            std::vector<std::string> read;
             while (const auto line = reader.next()) {
-                lines.emplace_back(*line);
-                EXPECT_EQ(reader.number(), lines.size());
+                read.emplace_back(*line);
+                EXPECT_EQ(reader.number(), read.size());
             }
-            EXPECT_EQ(lines, c.lines);
+            EXPECT_EQ(read, lines);
         }
     }
     const std::string endless = std::string(LineReader::KS_MAX_LINE + 5, 'x') + "\nnext";
@@ -134,7 +119,6 @@ TEST(ByteSourceTest, LookingAheadTakesNothingAway) {
         PeekedSource peeked(source);
         EXPECT_TRUE(peeked.peek(0).empty());
         EXPECT_EQ(peeked.peek(4).substr(0, 4), text.substr(0, 4));
-        EXPECT_EQ(peeked.peek(7).substr(0, 7), text.substr(0, 7));
         std::string taken(peeked.read());
         EXPECT_EQ(taken + std::string(peeked.peek(100)), text);
         taken += allOf(peeked);
@@ -150,7 +134,6 @@ TEST(ByteSourceTest, Utf16BecomesUtf8) {
         std::string tail;  // bytes behind it
         std::string expected;
     } cases[] = {
-        {u"", "", ""},
         {u"\uFEFF", "", ""},
         {u"\uFEFFlog\r\n\uFEFF", "", "log\r\n\uFEFF"},
         {u"a\u00FC\u20AC\U0001F600b", "", "a\u00FC\u20AC\U0001F600b"},
@@ -160,46 +143,38 @@ TEST(ByteSourceTest, Utf16BecomesUtf8) {
         {u"end", "x", "end\uFFFD"},
     };
     for (const auto& c : cases) {
-        std::string little;
-        std::string big;
-        for (const char16_t unit : c.text) {
-            const char low = static_cast<char>(unit & 0xFFU);
-            const char high = static_cast<char>(unit >> 8U);
-            little += {low, high};
-            big += {high, low};
-        }
-        for (const std::size_t size : BLOCK_SIZES) {
-            SCOPED_TRACE(c.expected + " by " + std::to_string(size));
-            const std::string bytes = little + c.tail;
-            ChunkedSource source(bytes, size);
-            EXPECT_EQ(allOf(*std::make_unique<Utf16Source>(source, TextEncoding::utf16le)),
-                      c.expected);
-            const std::string bigBytes = big + c.tail;
-            ChunkedSource bigSource(bigBytes, size);
-            EXPECT_EQ(allOf(*std::make_unique<Utf16Source>(bigSource, TextEncoding::utf16be)),
-                      c.expected);
+        for (const bool big : {false, true}) {
+            std::string bytes;
+            for (const char16_t unit : c.text) {
+                const char halves[] = {static_cast<char>(unit >> 8U), static_cast<char>(unit)};
+                bytes += {halves[big ? 0 : 1], halves[big ? 1 : 0]};
+            }
+            bytes += c.tail;
+            for (const std::size_t size : BLOCK_SIZES) {
+                SCOPED_TRACE(c.expected + " by " + std::to_string(size));
+                ChunkedSource source(bytes, size);
+                Utf16Source text(source, big ? TextEncoding::utf16be : TextEncoding::utf16le);
+                EXPECT_EQ(allOf(text), c.expected);
+            }
         }
     }
 }
 
 TEST(ByteSourceTest, EncodingsAreKnownByMarksOrZeros) {
-    const std::string ascii(25, 'x');
     std::string wide;
-    for (const char c : ascii) {
-        wide += {c, '\0'};
+    for (int i = 0; i < 25; ++i) {
+        wide += "x\0"s;
     }
     const struct {
         std::string beginning;
         TextEncoding encoding;
     } cases[] = {
-        {"", TextEncoding::utf8},
         {"\0"s, TextEncoding::utf8},
         {"\xEF\xBB\xBFlog", TextEncoding::utf8WithMark},
         {"\xFF\xFE", TextEncoding::utf16le},
         {"\xFE\xFF", TextEncoding::utf16be},
         {"x\0"s, TextEncoding::utf16le},
         {"\0x"s, TextEncoding::utf16be},
-        {"x\0y"s, TextEncoding::utf16le},
         {wide + "what is behind", TextEncoding::utf16le},
         {'\0' + wide, TextEncoding::utf16be},
         {"x\0\0\0"s, TextEncoding::utf8},

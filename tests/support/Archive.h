@@ -2,13 +2,9 @@
 
 #include <archive.h>
 #include <archive_entry.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <string>
 #include <vector>
-
-#include "tools/base/FileSource.h"
 
 namespace kestrel {
 
@@ -80,13 +76,5 @@ class ArchiveMaker {
 
     archive* mArchive;
 };
-
-// A file that holds the bytes, and has no place.
-inline OpenFile fileHolding(const std::string& bytes) {
-    OpenFile file(memfd_create("content", MFD_CLOEXEC));
-    static_cast<void>(!write(file.descriptor(), bytes.data(), bytes.size()));
-    lseek(file.descriptor(), 0, SEEK_SET);
-    return file;
-}
 
 }  // namespace kestrel

@@ -18,6 +18,9 @@ class PeekedSource : public ByteSource {
     // Valid until the next call of any operation.
     std::string_view peek(std::size_t size);
 
+    // REQUIRES: the latest call was a peek() that gave as many bytes.
+    void skip(std::size_t size) { mAhead.erase(0, size); }
+
     const std::string& name() const override { return mSource.name(); }
     std::string_view read() override;
 

@@ -9,6 +9,8 @@
 
 namespace kestrel {
 
+inline constexpr std::string_view KS_UTF8_MARK = "\xEF\xBB\xBF";
+
 enum class TextEncoding { utf8, utf8WithMark, utf16le, utf16be };
 
 // How a text is encoded, by its beginning: by its mark, else UTF-16 if every second one of the

@@ -83,6 +83,10 @@ FoundInputs decode(PeekedSource& source, std::string_view beginning, const Input
 FoundInputs findInSource(ByteSource& source, const InputOptions& options, const Layers& layers) {
     PeekedSource ahead(source);
     const std::string_view beginning = ahead.peek(KS_TELLING_SIZE);
+    if (beginning.starts_with(KS_UTF8_MARK)) {
+        ahead.skip(KS_UTF8_MARK.size());
+        return findInSource(ahead, options, layers);
+    }
     switch (inputKindOf(beginning)) {
         case InputKind::archive:
             throw NoInput(ahead.name(), "an archive inside another file is not read; unpack it");

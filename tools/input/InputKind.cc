@@ -18,8 +18,6 @@ namespace kestrel {
 
 namespace {
 
-constexpr std::string_view KS_UTF8_MARK = "\xEF\xBB\xBF";
-
 std::string_view withoutLeadingBlanks(std::string_view text) {
     return text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
 }

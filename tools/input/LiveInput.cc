@@ -10,6 +10,7 @@
 
 #include "tools/base/Interruption.h"
 #include "tools/base/StandardInput.h"
+#include "tools/base/Utf16Source.h"
 #include "tools/input/EventTrace.h"
 #include "tools/input/InputFile.h"
 #include "tools/input/InputSummary.h"
@@ -19,8 +20,6 @@
 namespace kestrel {
 
 namespace {
-
-constexpr std::string_view KS_UTF8_MARK = "\xEF\xBB\xBF";
 
 // The lines as they arrive, and the last one of them.
 struct LiveLines {

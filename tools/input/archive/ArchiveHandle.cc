@@ -58,7 +58,8 @@ std::string_view ArchiveHandle::readBlock(bool& failed) {
 
 std::string ArchiveHandle::reason() const {
     const char* const words = archive_error_string(get());
-    const std::string reason = words != nullptr ? words : "";
+    std::string reason = words != nullptr ? words : "";
+    reason.resize(reason.find_last_not_of('\n') + 1);
     if (mSourceEnded || reason.find("runcated") != std::string::npos) {
         return "ends early";
     }

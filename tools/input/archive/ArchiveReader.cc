@@ -15,23 +15,21 @@ namespace {
 // Of a zip's directory, which the library holds in memory as a whole.
 constexpr std::size_t MAX_DIRECTORY = std::size_t{32} << 20;
 
+// Made once, as that reads files.
+locale_t utf8Locale() {
+    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return locale != nullptr ? locale : LC_GLOBAL_LOCALE;
+}
+
 // While it lives, the library hands out names in UTF-8.
-class Utf8Locale {
+class Utf8Names {
  public:
-    Utf8Locale()
-        : mUtf8(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
-          mBefore(uselocale(mUtf8 != nullptr ? mUtf8 : LC_GLOBAL_LOCALE)) {}
-    ~Utf8Locale() {
-        uselocale(mBefore);
-        if (mUtf8 != nullptr) {
-            freelocale(mUtf8);
-        }
-    }
-    Utf8Locale(const Utf8Locale&) = delete;
-    Utf8Locale& operator=(const Utf8Locale&) = delete;
+    Utf8Names() : mBefore(uselocale(utf8Locale())) {}
+    ~Utf8Names() { uselocale(mBefore); }
+    Utf8Names(const Utf8Names&) = delete;
+    Utf8Names& operator=(const Utf8Names&) = delete;
 
  private:
-    locale_t mUtf8;
     locale_t mBefore;
 };
 
@@ -83,7 +81,7 @@ bool ArchiveReader::open() {
 }
 
 bool ArchiveReader::next(ArchiveMember& member) {
-    const Utf8Locale locale;
+    const Utf8Names names;
     mContentEnded = true;
     archive_entry* const entry = nextEntry();
     if (entry == nullptr) {

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
-#include "tools/input/archive/ArchiveHandle.h"
+#include "tools/base/ByteSource.h"
 
 namespace kestrel {
 
-// Whether bytes that begin so are a compressed stream: gzip, xz, bzip2 or Zstandard.
+// Whether bytes that begin so are a compressed stream: gzip, xz, Zstandard, or, if there are 14 of
+// them, bzip2.
 bool looksCompressed(std::string_view beginning);
 
 // What is in a compressed stream, or in several that follow each other. What is compressed twice is
@@ -21,18 +23,11 @@ class DecompressedSource : public ByteSource {
     // REQUIRES: looksCompressed(beginning).
     DecompressedSource(ByteSource& source, std::string_view beginning);
 
-    const std::string& name() const override { return mSource.name(); }
-    std::string_view read() override;
+    const std::string& name() const override { return mStream->name(); }
+    std::string_view read() override { return mStream->read(); }
 
  private:
-    bool open();
-
-    ByteSource& mSource;
-    std::string mFormat;  // for people
-    int mFilter;          // the library's number of it
-    ArchiveHandle mHandle;
-    bool mIsOpen = false;
-    bool mEnded = false;
+    std::unique_ptr<ByteSource> mStream;
 };
 
 }  // namespace kestrel

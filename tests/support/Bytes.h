@@ -1,11 +1,15 @@
 #pragma once
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "tools/base/ByteSource.h"
+#include "tools/base/OpenFile.h"
 
 namespace kestrel {
 
@@ -47,6 +51,14 @@ std::string errorOf(const Call& call) {
         return error.what();
     }
     return "no error";
+}
+
+// A file that holds the bytes, and has no place.
+inline OpenFile fileHolding(const std::string& bytes) {
+    OpenFile file(memfd_create("content", MFD_CLOEXEC));
+    static_cast<void>(!write(file.descriptor(), bytes.data(), bytes.size()));
+    lseek(file.descriptor(), 0, SEEK_SET);
+    return file;
 }
 
 }  // namespace kestrel
