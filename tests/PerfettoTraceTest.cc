@@ -327,8 +327,12 @@ std::string ftraceOf(const Prints& prints, const std::string& lineEnd = "\n") {
     for (const Print& print : prints) {
         std::string micros = std::to_string(1000000 + print.timeUs % 1000000);
         micros[0] = '.';
-        text += " a b: [c]-17  (-----) [004] .... " + std::to_string(print.timeUs / 1000000) +
-                micros + ": tracing_mark_write: " + print.text + lineEnd;
+        text.append(" a b: [c]-17  (-----) [004] .... ")
+            .append(std::to_string(print.timeUs / 1000000))
+            .append(micros)
+            .append(": tracing_mark_write: ")
+            .append(print.text)
+            .append(lineEnd);
     }
     return text;
 }
