@@ -31,7 +31,11 @@ bool FtraceBundles::readPrint(std::string_view print, uint64_t timeNs) {
             text = fields.bytes();
         }
     }
-    if (auto mark = parseLaunchMark(text)) {
+    auto mark = parseLaunchMark(text);
+    if (mark && mFound.size() == LaunchMarks::KS_MAX_MARKS) {
+        return false;
+    }
+    if (mark) {
         mFound.emplace_back(timeNs, std::move(*mark));
     }
     return fields.isWellFormed();

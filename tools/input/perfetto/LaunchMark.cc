@@ -11,9 +11,6 @@ namespace {
 
 using Kind = LaunchMark::Kind;
 
-// No package has a longer name; a text that is cut off does not name one.
-constexpr std::size_t KS_MAX_PACKAGE = 255;
-
 // What ends a text besides its newline.
 constexpr std::string_view KS_ENDS("\0\r\n", 3);
 

@@ -37,6 +37,9 @@ struct LaunchMark {
     std::size_t line = 0;      // of the input, or its packet; from 1
 };
 
+// No package has a longer name.
+inline constexpr std::size_t KS_MAX_PACKAGE = 255;
+
 // What a text of ftrace's trace_marker says, without its time and line. Takes any bytes.
 std::optional<LaunchMark> parseLaunchMark(std::string_view text);
 
@@ -45,7 +48,7 @@ class LaunchMarks {
  public:
     // Far more than a device can write; what is beyond is dropped, so that no input takes all
     // memory.
-    static constexpr std::size_t KS_MAX_MARKS = 500'000;
+    static constexpr std::size_t KS_MAX_MARKS = 200'000;
 
     // False: dropped, as there are too many or the time cannot be.
     bool add(LaunchMark mark, uint64_t bootNs, std::size_t line);

@@ -1,6 +1,7 @@
 #include "tools/input/perfetto/LoggedSwitches.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -121,7 +122,8 @@ bool LoggedSwitches::readEvent(std::string_view event, std::size_t packet) {
     const LaunchLine line = parseLaunchLine(
         source, (message.empty() ? std::string_view(made) : message).substr(0, KS_MAX_MESSAGE));
     const std::string_view package = frontOf(line);
-    const bool isKept = mSwitches.size() < LaunchMarks::KS_MAX_MARKS;
+    const bool isKept =
+        package.size() <= KS_MAX_PACKAGE && mSwitches.size() < LaunchMarks::KS_MAX_MARKS;
     if (!package.empty() && isKept) {
         mSwitches.push_back({wallNs, packet, std::string(package)});
     }

@@ -1,5 +1,6 @@
 #include "tools/input/perfetto/PerfettoTrace.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -231,10 +232,18 @@ class SeenBytes : public ByteSource {
     std::string_view mBytes;
 };
 
+// Whether there is nothing but what texts are made of, coloured ones too.
+bool isText(std::string_view bytes) {
+    return std::all_of(bytes.begin(), bytes.end(), [](char c) {
+        return static_cast<unsigned char>(c) >= ' ' ||
+               std::string_view("\t\n\r\x1b").find(c) != std::string_view::npos;
+    });
+}
+
 }  // namespace
 
 bool looksLikePerfettoTrace(std::string_view beginning) {
-    if (!beginning.starts_with(KS_PACKET_TAG)) {
+    if (!beginning.starts_with(KS_PACKET_TAG) || isText(beginning)) {
         return false;
     }
     SeenBytes seen(beginning.substr(1));
