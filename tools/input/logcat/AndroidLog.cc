@@ -27,6 +27,11 @@ bool isFrame(const LogEntry& entry) {
 }  // namespace
 
 void AndroidLog::addLine(std::string_view line, std::size_t number, Copy copy) {
+    if (mReader.passOver(line)) {
+        mStatistics.addTime(*mReader.latestTime(), number);
+        placeLine(mReader.latestTime(), number);
+        return;
+    }
     const LogEntry entry = mReader.read(line);
     const bool saysSomething = !std::holds_alternative<std::monostate>(entry.launch);
     if (saysSomething && copy == Copy::first) {
@@ -47,7 +52,7 @@ void AndroidLog::addMessage(int64_t us, std::string_view tag, std::string_view t
     } while (!text.empty());
 }
 
-void AndroidLog::add(LogEntry entry, std::size_t number) {
+void AndroidLog::add(const LogEntry& entry, std::size_t number) {
     mStatistics.add(entry, number);
     if (entry.isMainHead) {
         mAwaitsMain = true;
@@ -57,15 +62,19 @@ void AndroidLog::add(LogEntry entry, std::size_t number) {
         mLinesAreRaw = false;
     }
     if (entry.isLogLine || entry.isRawText) {
-        const Place place{entry.time, number};
-        if (!mFirst || place < *mFirst) {
-            mFirst = place;
-        }
-        if (std::exchange(mAwaitsMain, false) && (!mMainHead || place < *mMainHead)) {
-            mMainHead = place;
-        }
+        placeLine(entry.time, number);
     }
     keep(entry, number);
+}
+
+void AndroidLog::placeLine(const std::optional<LogTime>& time, std::size_t number) {
+    const Place place{time, number};
+    if (!mFirst || place < *mFirst) {
+        mFirst = place;
+    }
+    if (std::exchange(mAwaitsMain, false) && (!mMainHead || place < *mMainHead)) {
+        mMainHead = place;
+    }
 }
 
 void AndroidLog::keep(const LogEntry& entry, std::size_t number) {

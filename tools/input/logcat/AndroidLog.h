@@ -68,7 +68,8 @@ class AndroidLog {
         Place place() const { return {entry.time, number}; }
     };
 
-    void add(LogEntry entry, std::size_t number);
+    void add(const LogEntry& entry, std::size_t number);
+    void placeLine(const std::optional<LogTime>& time, std::size_t number);
     void keep(const LogEntry& entry, std::size_t number);
     bool hasStart() const;
     bool hasFrameLine() const;

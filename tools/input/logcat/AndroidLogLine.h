@@ -42,6 +42,10 @@ struct AndroidLogLine {
 // colours. `times` are those of the lines before it.
 std::optional<AndroidLogLine> parseAndroidLogLine(std::string_view line, PrintedTimeReader& times);
 
+// What stands behind the time in format threadtime, from the blank on: of a line that is certainly
+// one the first character of its tag, else 0. For telling quickly which lines say nothing.
+char firstOfThreadtimeTag(std::string_view rest);
+
 // ---- For the lines of a log window too.
 
 bool isPriority(std::string_view text);

@@ -67,6 +67,22 @@ LogEntry AndroidLogReader::read(std::string_view line) {
     return entryOf(*parsed);
 }
 
+bool AndroidLogReader::passOver(std::string_view line) {
+    TextScanner scanner{line};
+    if (mInLongEntry || !mTime) {
+        return false;
+    }
+    const auto time = mTimes.takeInSameSecond(scanner);
+    const char tag = time ? firstOfThreadtimeTag(scanner.rest) : '\0';
+    if (tag == '\0' || tag == KS_ESCAPE || canBeSource(tag)) {
+        return false;
+    }
+    mSource = LogSource::other;
+    mIsTimed = true;
+    mTime = place(*time);
+    return true;
+}
+
 LogEntry AndroidLogReader::readMessage(const PrintedTime& time, std::string_view tag,
                                        std::string_view text) {
     return entryOf({.format = LogFormat::logWindow, .time = time, .tag = tag, .text = text});

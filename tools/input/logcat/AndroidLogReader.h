@@ -43,6 +43,13 @@ class AndroidLogReader {
     // Takes any bytes; a line without its line end. Trailing CRs are dropped.
     LogEntry read(std::string_view line);
 
+    // Reads a line that is certainly a log line and says nothing, for most lines are such. Its time is
+    // the latest then. False: read() has to.
+    bool passOver(std::string_view line);
+
+    // Of the latest line that has one.
+    const std::optional<LogTime>& latestTime() const { return mTime; }
+
     // Of an export that says these things apart; the text is one line.
     LogEntry readMessage(const PrintedTime& time, std::string_view tag, std::string_view text);
 

@@ -371,8 +371,8 @@ ActivityStart parseIntent(std::string_view intent) {
 }
 
 LogSource logSourceOf(std::string_view tag) {
-    if (tag.empty() || std::string_view("Aacwsrfb").find(tag[0]) == std::string_view::npos) {
-        return LogSource::other;  // most lines
+    if (tag.empty() || !canBeSource(tag[0])) {
+        return LogSource::other;
     }
     if (tag == "ActivityManager" || tag == "ActivityTaskManager") {
         return LogSource::activityManager;

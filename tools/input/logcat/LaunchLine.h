@@ -68,6 +68,11 @@ enum class LogSource {
 
 LogSource logSourceOf(std::string_view tag);
 
+// Whether a tag that begins so can be of another source than `other`. Few do.
+inline bool canBeSource(char firstOfTag) {
+    return std::string_view("Aacwsrfb").find(firstOfTag) != std::string_view::npos;
+}
+
 // Takes any bytes; std::monostate when the text is cut short or says nothing about launches.
 LaunchLine parseLaunchLine(LogSource source, std::string_view text);
 

@@ -27,11 +27,12 @@ void LogStatistics::add(const LogEntry& entry, std::size_t number) {
         beginSection();
     }
     if (entry.isLogLine && entry.isTimed) {
-        follow(*entry.time, number);
+        addTime(*entry.time, number);
     }
 }
 
-void LogStatistics::follow(const LogTime& time, std::size_t number) {
+void LogStatistics::addTime(const LogTime& time, std::size_t number) {
+    mLines = std::max(mLines, number);
     if (mPrevious) {
         const int64_t stepUs = time.us - mPrevious->us;
         if (stepUs < -KS_MINUTE_US || stepUs > KS_LONGEST_SILENCE_US) {

@@ -13,6 +13,9 @@ class LogStatistics {
  public:
     void add(const LogEntry& entry, std::size_t number);
 
+    // A log line that says nothing.
+    void addTime(const LogTime& time, std::size_t number);
+
     // The next line may have any time.
     void beginSection() { mPrevious.reset(); }
 
@@ -24,8 +27,6 @@ class LogStatistics {
     void describe(InputSummary& summary) const;
 
  private:
-    void follow(const LogTime& time, std::size_t number);
-
     std::size_t mLines = 0;
     std::optional<LogTime> mFirst;
     std::optional<LogTime> mLast;

@@ -31,6 +31,10 @@ class PrintedTimeReader {
     // padded with blanks on the left.
     std::optional<PrintedTime> take(TextScanner& scanner);
 
+    // The same where it is in the second of the one before it and has three digits behind that, else
+    // nothing.
+    std::optional<PrintedTime> takeInSameSecond(TextScanner& scanner) const;
+
  private:
     std::optional<PrintedTime> takeWholeSeconds(TextScanner& scanner);
 
