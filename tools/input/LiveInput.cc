@@ -5,6 +5,7 @@
 
 #include "tools/base/Interruption.h"
 #include "tools/base/StandardInput.h"
+#include "tools/input/CountObject.h"
 #include "tools/input/EventTrace.h"
 #include "tools/input/LogFile.h"
 
@@ -39,8 +40,14 @@ class LiveTrace : public CheckedInput {
         while (!object && mLines.read()) {
             object = mReader.readLine(mLines.line, mLines.number);
         }
+        if (object) {
+            countObject(*object, mSummary);
+        }
+        mSummary.units = mLines.number;
         return object;
     }
+
+    InputSummary summary() const override { return mSummary; }
 
     bool isAtEnd() const override { return !mFirst && mLines.input.isAtEnd(); }
 
@@ -48,6 +55,7 @@ class LiveTrace : public CheckedInput {
     LiveLines mLines;
     EventTraceReader mReader;
     std::optional<TraceObject> mFirst;
+    InputSummary mSummary;
 };
 
 class RecognisedLiveTrace : public RecognisedInput {
@@ -87,7 +95,14 @@ class LiveLog : public CheckedInput {
         }
         std::optional<TraceObject> object = std::move(mWaiting.front());
         mWaiting.pop_front();
+        countObject(*object, mSummary);
         return object;
+    }
+
+    InputSummary summary() const override {
+        InputSummary summary = mSummary;
+        summary.units = mLines.number;
+        return summary;
     }
 
     bool isAtEnd() const override { return mWaiting.empty() && mLines.input.isAtEnd(); }
@@ -98,6 +113,7 @@ class LiveLog : public CheckedInput {
     LiveLines mLines;
     AndroidLogImporter mImporter;
     TraceObjects mWaiting;  // of the last line
+    InputSummary mSummary{.kind = SourceKind::androidLog};
 };
 
 class RecognisedLiveLog : public RecognisedInput {

@@ -1,7 +1,9 @@
 #include "tools/input/LogFile.h"
 
+#include <algorithm>
 #include <utility>
 
+#include "tools/input/CountObject.h"
 #include "tools/input/ReadInput.h"
 
 namespace kestrel {
@@ -20,7 +22,12 @@ class LogFile : public RecognisedInput {
         if (!AndroidLogImporter::importFile(mContent, importSettings(setup), objects)) {
             throw noLog(mName);
         }
-        return std::make_unique<ReadInput>(std::move(objects));
+        InputSummary summary{.kind = SourceKind::androidLog};
+        summary.units = static_cast<std::size_t>(std::ranges::count(mContent, '\n'));
+        for (const TraceObject& object : objects) {
+            countObject(object, summary);
+        }
+        return std::make_unique<ReadInput>(std::move(objects), std::move(summary));
     }
 
  private:
