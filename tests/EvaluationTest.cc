@@ -71,7 +71,7 @@ class EvaluationTest : public testing::TestWithParam<std::string> {
     }
 
     std::string output(const std::string& arguments) {
-        const auto result = mProgram.run(arguments);
+        const auto result = mProgram.run(arguments + " --quiet");
         EXPECT_EQ(result.status, 0) << result.err;
         EXPECT_EQ(result.err, "");
         return result.out;
