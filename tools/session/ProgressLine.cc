@@ -35,8 +35,8 @@ void ProgressLine::makeWay() {
 }
 
 void ProgressLine::update(const InputSequence& inputs, std::size_t events) {
-    if (!isDue()) {
-        return;
+    if (!isDue() || inputs.hasLiveInput()) {
+        return;  // what waits for a live input is not on its way to an end
     }
     const InputProgress progress = inputs.progress();
     if (progress.total > 0) {
