@@ -4,6 +4,8 @@
 
 #include <limits>
 
+#include "tools/views/CalendarJson.h"
+
 namespace kestrel {
 namespace {
 
@@ -63,6 +65,22 @@ TEST(CalendarTest, TakesEachTimeFromTheInputThatItBelongsTo) {
     Calendar moved;
     moved.add(0, 4'000, {});
     EXPECT_EQ(moved.text(Limits::min()), "-9223372036854775808 ms");
+}
+
+TEST(CalendarTest, APageGetsTheDatesThatItNeeds) {
+    Calendar calendar;
+    calendar.add(DAY_MS + 5, 0, {Kind::yearless});
+    calendar.add(3 * DAY_MS + 1, 5, {});
+    calendar.add(4 * DAY_MS, 3 * DAY_MS - 7, {Kind::year, 2023});
+    EXPECT_EQ(toText(toJson(calendar, 4 * DAY_MS)),
+              R"([{"t":86400005,"midnight":86400000,"dates":["01-02","01-03","01-04"]},)"
+              R"({"t":259200001,"midnight":5,"dates":[]},)"
+              R"({"t":345600000,"midnight":345599993,"dates":["2023-01-02"]}])");
+    Calendar endless;
+    endless.add(-1, 0, {Kind::epoch});
+    EXPECT_EQ(toJson(endless, int64_t{1} << 50)[0]["dates"].size(), 4000U);
+    EXPECT_EQ(toJson(endless, Limits::max())[0]["dates"].size(), 0U);
+    EXPECT_EQ(toJson(endless, -1)[0]["dates"].dump(), R"(["1969-12-31"])");
 }
 
 }  // namespace

@@ -71,7 +71,7 @@ class EvaluationTest : public testing::TestWithParam<std::string> {
     }
 
     std::string output(const std::string& arguments) {
-        const auto result = mProgram.run(arguments);
+        const auto result = mProgram.run(arguments + " --quiet");
         EXPECT_EQ(result.status, 0) << result.err;
         EXPECT_EQ(result.err, "");
         return result.out;
@@ -288,7 +288,10 @@ TEST(EvaluateTest, WhatArrivesLiveBeforeAWrongLineIsTold) {
     EXPECT_EQ(Json::parse(result.out)["policies"][6]["boostedMs"], 490);
     result = program.run("replay --trace-out trace.json -", input);
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(Json::parse(program.read("trace.json"))["traceEvents"].back()["dur"], 490000);
+    const Json launch = Json::parse(program.read("trace.json"))["traceEvents"].back();
+    EXPECT_EQ(launch["dur"], 490000);
+    EXPECT_EQ(launch["args"]["line"], 1);
+    EXPECT_EQ(launch["args"]["time"], "00:00:00.010");
 }
 
 // A live replay is answered line by line, and then interrupted.

@@ -381,6 +381,33 @@ TEST_F(ProgramTest, LogsAreImportedAsTheyAreReplayed) {
               withoutLines(mProgram.run("replay --json --host host.json events.jsonl").out));
 }
 
+TEST_F(ProgramTest, EveryCommandEndsWithWhatItsInputsWereFoundToBe) {
+    const std::string told =
+        "a.jsonl: event trace, 2 lines, 00:00:00.010 to 00:00:00.500: 1 launch, 1 first frame\n"
+        "standard input: event trace, 1 line, 00:00:00.010 to 00:00:00.010: 1 launch, 0 first "
+        "frames, 1 launch without one\n"
+        "standard input: 1 launch, none with a first frame: nothing can be measured. A first "
+        "frame is an event with the hintId 4103\n";
+    mProgram.write("a.jsonl", LAUNCH + FRAME);
+    for (const std::string command : {"replay", "evaluate", "report --out page.html"}) {
+        SCOPED_TRACE(command);
+        EXPECT_EQ(mProgram.run(command + " a.jsonl -", LAUNCH).err, told);
+        EXPECT_EQ(mProgram.run(command + " --quiet a.jsonl -", LAUNCH).err, "");
+    }
+    EXPECT_EQ(mProgram.run("replay --json a.jsonl -", LAUNCH).err, "");
+    const auto result = mProgram.run("evaluate --json a.jsonl -", LAUNCH);
+    EXPECT_EQ(result.err, "");
+    const auto inputs = nlohmann::json::parse(result.out)["inputs"];
+    EXPECT_EQ(inputs[0]["launches"], 1);
+    EXPECT_EQ(inputs[1]["notes"][0]["kind"], "noFirstFrames");
+    const std::string line = "10-01 00:00:00.000  1  1 I ActivityManager: nothing\n";
+    mProgram.write("log.txt", line);
+    EXPECT_NE(mProgram.run("import log.txt").err.find("1 log line, but none tells of a launch."),
+              std::string::npos);
+    EXPECT_EQ(mProgram.run("import --quiet log.txt").err, "");
+    EXPECT_EQ(mProgram.run("replay --quiet -", line).out, "no launch in 1 log line\n");
+}
+
 TEST_F(ProgramTest, AFeatureThatIsOffIsToldWithTheReason) {
     const struct {
         const char* host;
@@ -407,7 +434,7 @@ TEST_F(ProgramTest, AFeatureThatIsOffIsToldWithTheReason) {
 
 TEST_F(ProgramTest, AnInterruptedEvaluationSaysHowFarItCame) {
     mProgram.write("long.jsonl", Trace().launches("com.a", 20000, 0, 900).str());
-    for (const std::string command : {"evaluate --json", "evaluate"}) {
+    for (const std::string command : {"evaluate --json", "evaluate --quiet"}) {
         mProgram.write("script", "env --default-signal=INT " KESTREL_PROGRAM " " + command +
                                      " long.jsonl >result &\n"
                                      "until [ -d kestrelhost-*/data ]; do :; done\n"
@@ -416,7 +443,7 @@ TEST_F(ProgramTest, AnInterruptedEvaluationSaysHowFarItCame) {
         EXPECT_EQ(result.out, "0\n");
         EXPECT_TRUE(result.err.starts_with("interrupted at ")) << result.err;
         const std::string told = mProgram.read("result");
-        if (command == "evaluate") {
+        if (command == "evaluate --quiet") {
             EXPECT_NE(told.find("only a part: " + result.err), std::string::npos) << told;
         } else {
             const auto interrupted = nlohmann::json::parse(told)["interrupted"];

@@ -109,13 +109,14 @@ TEST_F(ReportPageTest, ShowsTheNumbersAndChartsOfItsData) {
             "wasted 311 ms on average, and boosted 2'200'000 ms in all; 5000 ms for every launch "
             "would have covered 90.0 %, wasted 311 ms and boosted 5'500'000 ms. So KestrelStarts "
             "covered more of a launch and wasted as much.",
+            "\na.log: it ends &lt;b&gt;\n",
             "\n5000 ms for all\n1'100\n41.0\n100.0\n90.0\n700\n120\n1'234'567\n311\n5'500'000\n",
             "\nKestrelStarts, while learning\n0\n–\n–\n–\n0\n–\n–\n–\n0\n",
             "\ncom.b\nlearned\n1'350\n3\n2\n93.5\n93.5\n311\n311\n16'350\n10'000\n",
             "\nlearned 1'350 ms, 2 of 3 launches with a first frame\n",
             "Time to the first frame: 0 to 2'329 ms, median 1'165 ms. Boost held: 0 to 15'000 ms",
-            "Changes: disabled at 1d 00:00:00.000; learned 1'350 ms at 326d 13:45:08.388.",
-            "23:59:59.999 to 326d 13:45:08.388",
+            "Changes: disabled at 1d 00:00:00.000; learned 1'350 ms at 2019-11-22 13:45:08.388.",
+            "23:59:59.999 to 2019-11-22 13:45:08.388",
         });
     // Bars of each policy in three charts, and a chart for each app.
     EXPECT_EQ(count(document, "<rect class=\"bar"), 9U);

@@ -1,8 +1,9 @@
 #include "tools/commands/CommandLine.h"
 
+#include <optional>
+#include <string>
 #include <utility>
 
-#include "tools/commands/Import.h"
 #include "tools/session/Session.h"
 
 namespace kestrel {
@@ -19,9 +20,15 @@ const CLI::Validator NAME(
 // ---- One function per option that several subcommands have.
 
 void addInputs(CLI::App& command, std::vector<std::string>& inputs) {
-    command.add_option("INPUT", inputs, "Event traces or Android logs; - is stdin")
+    command.add_option("INPUT", inputs, "Logs, bug reports, traces, folders; - is stdin")
         ->required()
         ->type_name("");
+}
+
+void addPackage(CLI::App& command, std::optional<std::string>& package) {
+    command.add_option("--package", package, "The app of benchmark results, which do not name it")
+        ->type_name("NAME")
+        ->check(NAME);
 }
 
 template <class Root>
@@ -31,6 +38,10 @@ CLI::Option* addRoot(CLI::App& command, Root& root, const char* description) {
 
 void addHost(CLI::App& command, std::optional<std::string>& file) {
     command.add_option("--host", file, HOST_HELP)->type_name("FILE")->check(NAME);
+}
+
+void addQuiet(CLI::App& command, bool& quiet) {
+    command.add_flag("--quiet", quiet, "Do not tell what the inputs were found to be");
 }
 
 }  // namespace
@@ -79,6 +90,8 @@ void CommandLine::addReplay() {
     addInputs(command, mReplay.inputs);
     addRoot(command, mReplay.root, "What the plug-in sees as / (default: not kept)");
     addHost(command, mReplay.hostFile);
+    addPackage(command, mReplay.package);
+    addQuiet(command, mReplay.quiet);
     command.add_flag("--json", mReplay.json, "Print the record stream, as JSON Lines");
     command.add_flag("--log", mReplay.showLog, "Show every line that the plug-in logs");
     command.add_flag("--sync,!--no-sync", mReplay.sync,
@@ -95,10 +108,12 @@ void CommandLine::addReplay() {
 }
 
 void CommandLine::addImport() {
-    CLI::App& command = add("import", "Print Android logs as an event trace",
-                            [this] { importLogs(mLogs, mImportHostFile); });
-    command.add_option("LOG", mLogs, "Android logs; - is stdin")->required()->type_name("");
-    addHost(command, mImportHostFile);
+    CLI::App& command =
+        add("import", "Print Android logs as an event trace", [this] { importLogs(mImport); });
+    command.add_option("LOG", mImport.logs, "As INPUT of replay, without event traces; - is stdin")->required()->type_name("");
+    addHost(command, mImport.hostFile);
+    addPackage(command, mImport.package);
+    addQuiet(command, mImport.quiet);
     command.footer("Example:\n  kestrelhost import launches.log > launches.jsonl");
 }
 
@@ -107,6 +122,8 @@ void CommandLine::addEvaluate() {
                             [this] { evaluate(mEvaluate); });
     addInputs(command, mEvaluate.inputs);
     addHost(command, mEvaluate.hostFile);
+    addPackage(command, mEvaluate.package);
+    addQuiet(command, mEvaluate.quiet);
     command.add_flag("--json", mEvaluate.json, "Print one JSON object");
     command.footer(
         "Replays the inputs once, on a root that is not kept.\n\n"
@@ -118,6 +135,8 @@ void CommandLine::addReport() {
                             [this] { writeReport(mEvaluate); });
     addInputs(command, mEvaluate.inputs);
     addHost(command, mEvaluate.hostFile);
+    addPackage(command, mEvaluate.package);
+    addQuiet(command, mEvaluate.quiet);
     command.add_option("--out", mEvaluate.out, "The page, which needs no other file")
         ->required()
         ->type_name("FILE")

@@ -2,13 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
-#include <optional>
-#include <string>
 #include <utility>
 #include <vector>
 
 #include "tools/commands/Evaluate.h"
 #include "tools/commands/Explain.h"
+#include "tools/commands/Import.h"
 #include "tools/commands/Inspect.h"
 #include "tools/commands/Replay.h"
 
@@ -49,9 +48,8 @@ class CommandLine {
                   "kestrelhost"};
     std::vector<std::pair<CLI::App*, std::function<void()>>> mRuns;  // the subcommands are mApp's
     ReplayOptions mReplay;
+    ImportOptions mImport;
     EvaluateOptions mEvaluate;
-    std::vector<std::string> mLogs;
-    std::optional<std::string> mImportHostFile;
     InspectOptions mInspect;
     ExplainOptions mExplain;
 };

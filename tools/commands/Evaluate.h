@@ -11,7 +11,9 @@ struct EvaluateOptions {
     std::vector<std::string> inputs;
     std::optional<std::string> hostFile;  // none: what the inputs say
     bool json = false;                    // evaluate: one JSON object instead of tables
-    std::string out;                      // report: the page
+    std::optional<std::string> package;  // of benchmark results
+    bool quiet = false;
+    std::string out;  // report: the page
 };
 
 // Plays the inputs in one life of the host, on a root that is not kept, up to their end or an

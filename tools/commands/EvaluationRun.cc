@@ -1,7 +1,5 @@
 #include "tools/commands/EvaluationRun.h"
 
-#include <utility>
-
 #include "tools/base/Interruption.h"
 #include "tools/launches/LaunchFold.h"
 #include "tools/session/Session.h"
@@ -13,8 +11,9 @@ namespace {
 // Shows an evaluation once it is complete.
 class Show : public SessionObserver {
  public:
-    Show(std::vector<std::string> inputs, Evaluation& evaluation, const ShowEvaluation& show)
-        : mInputs(std::move(inputs)), mEvaluation(evaluation), mShow(show) {}
+    Show(const std::vector<std::string>& names, const InputSequence& inputs, Evaluation& evaluation,
+         const ShowEvaluation& show)
+        : mNames(names), mInputs(inputs), mEvaluation(evaluation), mShow(show) {}
 
     void onRecord(const HostRecord& /*entry*/) override {}
 
@@ -23,11 +22,15 @@ class Show : public SessionObserver {
             return;
         }
         mEvaluation.addStored(end.stored);
-        mShow(mEvaluation, {mInputs, end.featureVersion, end.interrupted}, end);
+        mShow(mEvaluation,
+              {mNames, end.featureVersion, end.interrupted, mInputs.summaries(),
+               mInputs.setup().removals, mInputs.calendar()},
+              end);
     }
 
  private:
-    std::vector<std::string> mInputs;
+    const std::vector<std::string>& mNames;
+    const InputSequence& mInputs;
     Evaluation& mEvaluation;
     const ShowEvaluation& mShow;
 };
@@ -35,12 +38,12 @@ class Show : public SessionObserver {
 }  // namespace
 
 void playEvaluation(const EvaluateOptions& options, InputSequence& inputs, std::ostringstream& text,
-                    const ShowEvaluation& show) {
+                    ProgressLine& progress, const ShowEvaluation& show) {
     catchInterruptions();  // so far there is nothing to put in order
     Evaluation evaluation;
     LaunchFold fold({&evaluation});
-    Show last(options.inputs, evaluation, show);
-    playSession(inputs, {.root = std::nullopt, .sync = false}, {&fold, &last}, text);
+    Show last(options.inputs, inputs, evaluation, show);
+    playSession(inputs, {.root = std::nullopt, .sync = false}, {&fold, &last}, text, progress);
 }
 
 }  // namespace kestrel

@@ -5,6 +5,7 @@
 
 #include "tools/commands/Evaluate.h"
 #include "tools/input/InputSequence.h"
+#include "tools/session/ProgressLine.h"
 #include "tools/views/EvaluationJson.h"
 
 namespace kestrel {
@@ -16,6 +17,6 @@ using ShowEvaluation =
 // with a wrong line, but not without a store: the numbers would be wrong. What `show` puts into
 // `text` is printed. Errors: as playSession.
 void playEvaluation(const EvaluateOptions& options, InputSequence& inputs, std::ostringstream& text,
-                    const ShowEvaluation& show);
+                    ProgressLine& progress, const ShowEvaluation& show);
 
 }  // namespace kestrel

@@ -6,8 +6,16 @@
 
 namespace kestrel {
 
-// `kestrelhost import`: prints the event trace that a replay of these Android logs would deliver.
-// Throws InputError for wrong inputs.
-void importLogs(const std::vector<std::string>& logs, const std::optional<std::string>& hostFile);
+// `kestrelhost import`: what the command line asks for.
+struct ImportOptions {
+    std::vector<std::string> logs;
+    std::optional<std::string> hostFile;  // none: what the inputs say
+    std::optional<std::string> package;  // of benchmark results
+    bool quiet = false;
+};
+
+// Prints the event trace that a replay of these Android logs would deliver, up to their end or an
+// interruption. Throws InputError for wrong inputs.
+void importLogs(const ImportOptions& options);
 
 }  // namespace kestrel

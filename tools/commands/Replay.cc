@@ -4,6 +4,7 @@
 
 #include "tools/base/Interruption.h"
 #include "tools/base/OutputFile.h"
+#include "tools/commands/TellInputs.h"
 #include "tools/input/InputSequence.h"
 #include "tools/launches/LaunchFold.h"
 #include "tools/session/Session.h"
@@ -43,11 +44,13 @@ class CloseInTheEnd : public SessionObserver {
 }  // namespace
 
 void replay(const ReplayOptions& options) {
-    InputSequence inputs(options.inputs, options.hostFile, {});
+    ProgressLine progress(!options.quiet);
+    InputSequence inputs(options.inputs, options.hostFile, {.package = options.package},
+                         &progress);
     catchInterruptions();  // so far there is nothing to put in order
     std::ostringstream text;
     RecordStream records(text);
-    ReplayLines lines(text, options.showLog);
+    ReplayLines lines(text, inputs, options.showLog);
     std::vector<LaunchObserver*> drawn;
     if (!options.json) {
         drawn.push_back(&lines);
@@ -57,7 +60,7 @@ void replay(const ReplayOptions& options) {
     std::optional<CloseInTheEnd> closeTrace;
     if (options.traceOut) {
         traceFile.emplace(*options.traceOut, options.inputs, options.hostFile);
-        drawn.push_back(&trace.emplace(traceFile->out()));
+        drawn.push_back(&trace.emplace(traceFile->out(), inputs.calendar()));
     }
     LaunchFold fold(drawn);
     std::vector<SessionObserver*> observers;
@@ -68,7 +71,10 @@ void replay(const ReplayOptions& options) {
     if (traceFile) {
         observers.push_back(&closeTrace.emplace(*traceFile));
     }
-    playSession(inputs, {.root = options.root, .sync = options.sync}, observers, text);
+    playSession(inputs, {.root = options.root, .sync = options.sync}, observers, text, progress);
+    if (!options.json && !options.quiet) {
+        tellInputs(inputs);
+    }
 }
 
 }  // namespace kestrel

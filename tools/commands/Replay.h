@@ -14,6 +14,8 @@ struct ReplayOptions {
     bool json = false;                    // the record stream instead of text for people
     bool sync = true;
     bool showLog = false;
+    std::optional<std::string> package;  // of benchmark results
+    bool quiet = false;
     std::optional<std::string> traceOut;  // a file for the Trace Event Format
 };
 

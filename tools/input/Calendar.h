@@ -12,6 +12,12 @@ namespace kestrel {
 // that the input prints: 11-22 13:45:08.388, with the year where the input has one.
 class Calendar {
  public:
+    struct Input {
+        int64_t firstT;
+        int64_t shift;
+        InputClock clock;
+    };
+
     // The next input: its first `t` on the host's clock, and how far it was moved to get there.
     // REQUIRES: `firstT` is not before that of the input before.
     void add(int64_t firstT, int64_t shift, InputClock clock) {
@@ -22,13 +28,9 @@ class Calendar {
     // HH:MM:SS.mmm, with the days in front that have gone by: 1d 00:00:07.250.
     std::string text(int64_t t) const;
 
- private:
-    struct Input {
-        int64_t firstT;
-        int64_t shift;
-        InputClock clock;
-    };
+    const std::vector<Input>& inputs() const { return mInputs; }
 
+ private:
     std::vector<Input> mInputs;
 };
 

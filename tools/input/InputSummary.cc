@@ -2,6 +2,9 @@
 
 #include <variant>
 
+#include "host/KestrelStartsHints.h"
+#include "host/linux/LaunchRun.h"
+
 namespace kestrel {
 
 void countObject(const TraceObject& object, InputSummary& summary) {
@@ -9,21 +12,15 @@ void countObject(const TraceObject& object, InputSummary& summary) {
     if (event == nullptr) {
         return;
     }
-    switch (event->hintId) {
-        case KS_LAUNCH_HINT:
-            summary.launches += event->hintType == KS_HINT_TYPE_LAUNCH ? 1 : 0;
-            break;
-        case KS_HINT_METER_EVENT:
-            ++summary.firstFrames;
-            break;
-        case KS_HINT_APP_SWITCH:
-            ++summary.appSwitches;
-            break;
-        case KS_HINT_APP_REMOVED:
-            ++(event->hintType == KS_HINT_TYPE_KEEPS_DATA ? summary.updates : summary.removals);
-            break;
-        default:
-            break;
+    if (LaunchRun::begins(event->hintId, event->hintType)) {
+        ++summary.launches;
+    } else if (event->hintId == KS_HINT_METER_EVENT) {
+        ++summary.firstFrames;
+    } else if (event->hintId == KS_HINT_APP_SWITCH) {
+        ++summary.appSwitches;
+    } else if (event->hintId == KS_HINT_APP_REMOVED) {
+        const bool keepsData = (static_cast<uint32_t>(event->hintType) >> 24) != 0;
+        ++(keepsData ? summary.updates : summary.removals);
     }
 }
 

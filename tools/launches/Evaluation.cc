@@ -35,7 +35,7 @@ void Evaluation::onLaunch(const Launch& launch) {
                          .defaultMs = requestedMs(launch.defaultBoost)});
 }
 
-void Evaluation::onPassedOver(int64_t /*t*/, const std::string& /*app*/) {
+void Evaluation::onPassedOver(const Launch& /*launch*/) {
     ++mPassedOver;
 }
 

@@ -45,7 +45,7 @@ class Evaluation : public LaunchObserver {
     PolicyNumbers numbers(const Policy& policy, const App& app) const;
 
     void onLaunch(const Launch& launch) override;
-    void onPassedOver(int64_t t, const std::string& app) override;
+    void onPassedOver(const Launch& launch) override;
     void onMark(const AppMark& mark) override;
     void onFinish(const LaunchFold& fold) override;
 

@@ -1,13 +1,15 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
 namespace kestrel {
 
-// What the records of a replay are folded into. Times are on the input's clock, in ms.
+// What the records of a replay are folded into. Times are on the host's clock, in ms; a line is
+// that of the event, in its input, which was handled when it happened.
 
 // What the feature did with an app when it was launched. Relearning is learning anew, after a
 // relearning that this replay has seen.
@@ -28,6 +30,7 @@ struct Boost {
     int32_t requestedMs;
     int64_t to;
     BoostEnd end;
+    std::size_t line = 0;  // of that event
 };
 
 // A boost as part of its launch, ms.
@@ -43,6 +46,7 @@ inline std::optional<int32_t> requestedMs(const std::optional<LaunchBoost>& boos
 struct Launch {
     int64_t t;
     std::string app;
+    std::size_t line = 0;
     bool isGame = false;     // known of launches that were boosted
     int32_t stateAfter = 0;  // of the app, once the launch had been handled
     LaunchPhase phase = LaunchPhase::learning;
@@ -67,6 +71,7 @@ struct MeasuredRun {
     int32_t durationMs;             // 0: nothing was measured
     bool aborted;
     int result;
+    std::size_t line = 0;
 };
 
 // Something that was decided about an app.
@@ -76,6 +81,7 @@ struct AppMark {
     std::string app;
     Kind kind;
     std::optional<int32_t> durationMs;  // that was learned
+    std::size_t line = 0;
 };
 
 // A learning state that was written, or an entry of the feature's status export.
@@ -83,12 +89,14 @@ struct StateChange {
     int64_t t;
     std::string app;
     int32_t state;
+    std::size_t line = 0;
 };
 struct StatusEntry {
     int64_t t;
     std::string app;
     std::string text;
     int value;
+    std::size_t line = 0;
 };
 
 }  // namespace kestrel

@@ -53,10 +53,11 @@ void LaunchFold::add(const record::Event& event) {
     mFirstT = mFirstT.value_or(mT);
     mLastT = mT;
     mApp = event.appName;
+    mLine = event.line;
     mInLaunch = LaunchRun::begins(event.hintId, event.hintType);
     if (mInLaunch) {
         mLaunches.push_back(
-            {.launch = {.t = mT, .app = event.appName}, .run = {event.appName, mT}});
+            {.launch = {.t = mT, .app = event.appName, .line = mLine}, .run = {event.appName, mT}});
     }
 }
 
@@ -89,7 +90,8 @@ void LaunchFold::add(const record::Measured& run) {
                          .frameT = std::nullopt,
                          .durationMs = run.duration,
                          .aborted = run.aborted,
-                         .result = run.result};
+                         .result = run.result,
+                         .line = mLine};
     if (!mMeterRuns.empty()) {
         measured.frameT = mMeterRuns.front().frameT();
         mMeterRuns.pop_front();
@@ -133,7 +135,8 @@ void LaunchFold::add(const record::State& change) {
     if (!change.app.empty()) {  // that of an app without a name cannot be stored
         mStates[change.app] = change.state;
     }
-    tell([&](LaunchObserver& observer) { observer.onState({mT, change.app, change.state}); });
+    tell(
+        [&](LaunchObserver& observer) { observer.onState({mT, change.app, change.state, mLine}); });
     if (change.state == APP_STATE_RELEARN) {
         mRelearning.insert(change.app);
         mark(change.app, AppMark::Kind::relearning);
@@ -153,7 +156,7 @@ void LaunchFold::add(const record::Forget& removal) {
 
 void LaunchFold::add(const record::Export& status) {
     tell([&](LaunchObserver& observer) {
-        observer.onStatus({mT, status.app, status.text, status.value});
+        observer.onStatus({mT, status.app, status.text, status.value, mLine});
     });
     if (status.text == KS_EXPORT_FIRST_DECISION || status.text == KS_EXPORT_LATER_DECISION) {
         mark(status.app, AppMark::Kind::learned, status.value);
@@ -162,7 +165,7 @@ void LaunchFold::add(const record::Export& status) {
 
 void LaunchFold::mark(const std::string& app, AppMark::Kind kind,
                       std::optional<int32_t> durationMs) {
-    tell([&](LaunchObserver& observer) { observer.onMark({mT, app, kind, durationMs}); });
+    tell([&](LaunchObserver& observer) { observer.onMark({mT, app, kind, durationMs, mLine}); });
 }
 
 void LaunchFold::onObjectEnd() {
@@ -173,8 +176,7 @@ void LaunchFold::onObjectEnd() {
     if (!open.actedOn) {
         const Launch passedOver = std::move(open.launch);
         mLaunches.pop_back();
-        tell(
-            [&](LaunchObserver& observer) { observer.onPassedOver(passedOver.t, passedOver.app); });
+        tell([&](LaunchObserver& observer) { observer.onPassedOver(passedOver); });
         return;
     }
     Launch& launch = open.launch;
@@ -205,7 +207,7 @@ void LaunchFold::hold(BoostKind kind, int handle, int32_t durationMs) {
         return;  // the service refused it
     }
     const int64_t to = afterMs(mT, durationMs);
-    Held held = {{kind, mApp, handle, mT, durationMs, to, BoostEnd::ranOut}, std::nullopt};
+    Held held = {{kind, mApp, handle, mT, durationMs, to, BoostEnd::ranOut, mLine}, std::nullopt};
     if (ofLaunch) {
         ++mLaunches.back().boosts;
         held.launch = mPassedOn + mLaunches.size() - 1;

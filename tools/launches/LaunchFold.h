@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <map>
@@ -98,6 +99,7 @@ class LaunchFold : public SessionObserver {
     std::optional<int64_t> mFirstT;
     int64_t mLastT = 0;
     std::string mApp;        // of the event being handled
+    std::size_t mLine = 0;   // where it stands in its input
     bool mInLaunch = false;  // the event being handled is a launch, the last of mLaunches
     bool mFinished = false;
     std::deque<OpenLaunch> mLaunches;         // that may still change, in order

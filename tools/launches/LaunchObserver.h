@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "tools/launches/Launch.h"
 
 namespace kestrel {
@@ -23,7 +20,7 @@ class LaunchObserver {
     // All is known of a launch; in the order of the launches.
     virtual void onLaunch(const Launch& /*launch*/) {}
     // A launch for which nothing was requested and which was not measured.
-    virtual void onPassedOver(int64_t /*t*/, const std::string& /*app*/) {}
+    virtual void onPassedOver(const Launch& /*launch*/) {}
     // A boost has ended; in the order of the ends.
     virtual void onBoost(const Boost& /*boost*/) {}
     virtual void onMeasured(const MeasuredRun& /*run*/) {}

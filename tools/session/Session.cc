@@ -50,12 +50,13 @@ struct Deliver {
 class Session {
  public:
     Session(InputSequence& inputs, const SessionOptions& options,
-            const std::vector<SessionObserver*>& observers, std::ostringstream& text)
+            const std::vector<SessionObserver*>& observers, std::ostringstream& text,
+            ProgressLine& progress)
         : mInputs(inputs),
           mObservers(observers),
           mText(text),
           mLive(inputs.hasLiveInput()),
-          mProgress(!mLive),
+          mProgress(progress),
           mHost(inputs.setup(),
                 {.root = options.root ? *options.root : mTemporary.emplace().path(),
                  .sync = options.sync},
@@ -78,6 +79,7 @@ class Session {
 
     void play() {
         const LearningStore before = readStore();
+        mProgress.clear();  // the reading is over
         tellDamage(before);
         if (wasInterrupted() && before.isDamaged()) {
             throw std::runtime_error("interrupted before anything was played");
@@ -112,17 +114,7 @@ class Session {
             print();
             mProgress.update(mInputs, ++mDelivered);
         }
-        noteInterruption();
-    }
-
-    // Nobody knows how long a live input would have been: ending it is no interruption.
-    void noteInterruption() {
-        if (mInputs.isAtEnd() || mInputs.currentIsLive()) {
-            return;
-        }
-        const auto progress = mInputs.progress();
-        mInterrupted = {mInputs.currentName(),
-                        progress.total > 0 ? progress.done * 100 / progress.total : 0, mDelivered};
+        mInterrupted = interruptionOf(mInputs, mDelivered);
     }
 
     void end(const LearningStore& before, bool isInputWrong) {
@@ -138,12 +130,13 @@ class Session {
         tell([&](SessionObserver& observer) { observer.onEnd(end); });
         print();
         flushOutput();
+        mProgress.clear();
     }
 
     // At most one thing is thrown; what else there is is told at once.
     void tellFailures(const std::optional<InputError>& wrongInput) const {
-        if (mInterrupted && !hasReaderGone()) {
-            std::cerr << printable(toText(*mInterrupted)) << '\n';
+        if (mInterrupted) {
+            tellInterruption(*mInterrupted);
         }
         std::string failure;
         if (mDamaged) {
@@ -187,7 +180,7 @@ class Session {
     const std::vector<SessionObserver*>& mObservers;
     std::ostringstream& mText;  // not printed yet
     bool mLive;
-    ProgressLine mProgress;
+    ProgressLine& mProgress;
     StoreFailure mStoreFailure;
     bool mDamaged = false;  // the databases, before the host opened them
     std::size_t mDelivered = 0;
@@ -199,8 +192,24 @@ class Session {
 }  // namespace
 
 void playSession(InputSequence& inputs, const SessionOptions& options,
-                 const std::vector<SessionObserver*>& observers, std::ostringstream& text) {
-    Session(inputs, options, observers, text).run();
+                 const std::vector<SessionObserver*>& observers, std::ostringstream& text,
+                 ProgressLine& progress) {
+    Session(inputs, options, observers, text, progress).run();
+}
+
+std::optional<Interrupted> interruptionOf(const InputSequence& inputs, std::size_t delivered) {
+    if (inputs.isAtEnd() || inputs.currentIsLive()) {
+        return std::nullopt;
+    }
+    const InputProgress progress = inputs.progress();
+    return Interrupted{inputs.currentName(),
+                       progress.total > 0 ? progress.done * 100 / progress.total : 0, delivered};
+}
+
+void tellInterruption(const Interrupted& interrupted) {
+    if (!hasReaderGone()) {
+        std::cerr << printable(toText(interrupted)) << '\n';
+    }
 }
 
 std::string toText(const Interrupted& interrupted) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "tools/views/CalendarJson.h"
+#include "tools/views/InputSummaryJson.h"
 #include "tools/views/Vocabulary.h"
 
 namespace kestrel {
@@ -12,7 +14,7 @@ namespace {
 std::string titleOf(const std::vector<std::string>& inputs) {
     std::string title;
     for (const std::string& input : inputs) {
-        title += (title.empty() ? "" : ", ") + (input == "-" ? "standard input" : input);
+        title += (title.empty() ? "" : ", ") + inputWords(input);
     }
     return title;
 }
@@ -124,13 +126,18 @@ Json toJson(const Evaluation& evaluation, const EvaluationSubject& subject,
     }
     const std::string off =
         evaluation.launches().empty() ? switchWords(evaluation.featureSwitch().state()) : "";
-    return {{"title", titleOf(subject.inputs)},
-            {"version", subject.featureVersion},
-            {"interrupted", subject.interrupted ? toJson(*subject.interrupted) : Json()},
-            {"featureOff", off.empty() ? Json() : Json(off)},
-            {"summary", summaryOf(evaluation)},
-            {"policies", policiesOf(evaluation)},
-            {"apps", std::move(apps)}};
+    Json data = {{"title", titleOf(subject.inputs)},
+                 {"version", subject.featureVersion},
+                 {"inputs", toJson(subject.summaries, subject.removals)},
+                 {"interrupted", subject.interrupted ? toJson(*subject.interrupted) : Json()},
+                 {"featureOff", off.empty() ? Json() : Json(off)},
+                 {"summary", summaryOf(evaluation)},
+                 {"policies", policiesOf(evaluation)},
+                 {"apps", std::move(apps)}};
+    if (detail == EvaluationDetail::launches) {
+        data["calendar"] = toJson(subject.calendar, evaluation.lastT());
+    }
+    return data;
 }
 
 }  // namespace kestrel

@@ -4,7 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "host/linux/HostSetup.h"
 #include "tools/base/Json.h"
+#include "tools/input/Calendar.h"
+#include "tools/input/InputSummary.h"
 #include "tools/launches/Evaluation.h"
 #include "tools/session/SessionObserver.h"
 
@@ -15,6 +18,9 @@ struct EvaluationSubject {
     std::vector<std::string> inputs;         // names of what was played
     std::string featureVersion;              // of the feature that was replayed
     std::optional<Interrupted> interrupted;  // none: all of the inputs was played
+    std::vector<InputSummary> summaries = {};
+    RemovalPolicy removals = RemovalPolicy::forget;
+    Calendar calendar = {};
 };
 
 // Whether the apps' launches and marks are written out one by one.

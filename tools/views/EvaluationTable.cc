@@ -5,6 +5,7 @@
 
 #include "tools/base/TerminalText.h"
 #include "tools/session/Session.h"
+#include "tools/views/InputConditions.h"
 #include "tools/views/Table.h"
 #include "tools/views/Vocabulary.h"
 
@@ -82,7 +83,7 @@ void printNotes(const Evaluation& evaluation, const EvaluationSubject& subject, 
 void printEvaluation(const Evaluation& evaluation, const EvaluationSubject& subject,
                      std::ostream& out) {
     if (evaluation.launches().empty()) {
-        out << "no launches";
+        out << noLaunchWords(subject.summaries);
     } else {
         // However many apps there are, the comparison comes last.
         printHeadings("app, KestrelStarts", out);

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <string_view>
 #include <utility>
 
 #include "tools/base/TerminalText.h"
 #include "tools/launches/LaunchFold.h"
 #include "tools/session/Session.h"
-#include "tools/views/Table.h"
+#include "tools/views/InputConditions.h"
 #include "tools/views/Vocabulary.h"
 
 namespace kestrel {
@@ -29,28 +28,22 @@ bool isRoutine(std::string_view text) {
     });
 }
 
-// [DAYSd ]HH:MM:SS.mmm, as the input's clock says it.
-std::string timeText(int64_t t) {
-    if (t < 0) {
-        return std::to_string(t) + " ms";
-    }
-    constexpr int64_t DAY_MS = 86400000;
-    const int64_t ms = t % DAY_MS;
-    std::array<char, 48> text;
-    std::snprintf(text.data(), text.size(), "%02d:%02d:%02d.%03d", static_cast<int>(ms / 3600000),
-                  static_cast<int>(ms / 60000 % 60), static_cast<int>(ms / 1000 % 60),
-                  static_cast<int>(ms % 1000));
-    return t < DAY_MS ? text.data() : std::to_string(t / DAY_MS) + "d " + text.data();
+Table linesTableOf(std::size_t timeWidth, std::size_t appWidth) {
+    using Kind = Table::Kind;
+    return Table({{"time", Kind::time, timeWidth},
+                  {"app", Kind::name, appWidth},
+                  {"state", Kind::text, STATE_WIDTH},
+                  {"default", Kind::number, 8},
+                  {"launch", Kind::number, 8}});
 }
 
-const Table& linesTable() {
-    using Kind = Table::Kind;
-    static const Table table({{"time", Kind::time, 19},
-                              {"app", Kind::name, APP_WIDTH},
-                              {"state", Kind::text, STATE_WIDTH},
-                              {"default", Kind::number, 8},
-                              {"launch", Kind::number, 8}});
-    return table;
+// A time with its year needs room, which names can spare.
+const Table& linesTable(const std::string& time) {
+    constexpr std::size_t TIME_WIDTH = 19;
+    constexpr std::size_t YEAR_WIDTH = 4;
+    static const Table usual = linesTableOf(TIME_WIDTH, APP_WIDTH);
+    static const Table withYear = linesTableOf(TIME_WIDTH + YEAR_WIDTH, APP_WIDTH - YEAR_WIDTH);
+    return time.size() <= TIME_WIDTH ? usual : withYear;
 }
 
 const Table& appsTable() {
@@ -77,16 +70,15 @@ void ReplayLines::onRecord(const HostRecord& entry) {
     }
     const auto* log = std::get_if<record::Log>(&entry.what);
     if (log != nullptr && (mShowLog || !isRoutine(log->text))) {
-        add({entry.t, wrapped("  log: " + printable(log->text), LINE_WIDTH, 7), true});
+        add({entry.t, wrapped("  log: " + printable(log->text), LINE_WIDTH, 7), nullptr});
     }
 }
 
 void ReplayLines::onLaunchHandled(const Launch& launch) {
     ++mApps[launch.app].launches;
     addLine(launch.t,
-            linesTable().row({timeText(launch.t), launch.app, stateWord(launch.stateAfter),
-                              numberText(requestedMs(launch.defaultBoost)),
-                              numberText(requestedMs(launch.launchBoost))}));
+            {launch.app, stateWord(launch.stateAfter), numberText(requestedMs(launch.defaultBoost)),
+             numberText(requestedMs(launch.launchBoost))});
 }
 
 void ReplayLines::onMeasured(const MeasuredRun& run) {
@@ -123,11 +115,13 @@ void ReplayLines::onFinish(const LaunchFold& fold) {
 }
 
 void ReplayLines::addNote(int64_t t, const std::string& app, const std::string& note) {
-    addLine(t, linesTable().row({timeText(t), app, note}));
+    addLine(t, {app, note});
 }
 
-void ReplayLines::addLine(int64_t t, std::string text) {
-    add({t, std::move(text), false});
+void ReplayLines::addLine(int64_t t, std::vector<Table::Cell> cells) {
+    cells.insert(cells.begin(), mInputs.calendar().text(t));
+    const Table& table = linesTable(cells.front().text);
+    add({t, table.row(cells), &table});
 }
 
 void ReplayLines::add(Line line) {
@@ -141,9 +135,9 @@ void ReplayLines::add(Line line) {
 void ReplayLines::printLines() {
     std::ranges::stable_sort(mLines, {}, &Line::t);
     for (const Line& line : mLines) {
-        if (!line.isLog && !std::exchange(mPrintedHeadings, true)) {
-            mOut << paddedLeft("boosts in ms", linesTable().width()) << '\n'
-                 << linesTable().headings() << '\n';
+        if (line.table != nullptr && !std::exchange(mPrintedHeadings, true)) {
+            mOut << paddedLeft("boosts in ms", line.table->width()) << '\n'
+                 << line.table->headings() << '\n';
         }
         mOut << line.text << '\n';
     }
@@ -153,7 +147,8 @@ void ReplayLines::printLines() {
 void ReplayLines::onEnd(const SessionEnd& end) {
     printLines();
     if (mApps.empty()) {
-        mOut << wrapped(mOff.empty() ? "no launches" : "no launches: " + mOff, LINE_WIDTH, 2)
+        mOut << wrapped(mOff.empty() ? noLaunchWords(mInputs.summaries()) : "no launches: " + mOff,
+                        LINE_WIDTH, 2)
              << '\n';
     } else {
         printTable(end.stored);

@@ -11,6 +11,8 @@ namespace kestrel {
 //
 // `data` is an object of
 //   title, version   texts: the inputs, and the version of the feature that was replayed
+//   inputs           array, as docs/kestrelhost.md says
+//   calendar         how times are printed, as toJson of a Calendar gives it
 //   interrupted      null, or input, percent, events: how far a replay came that was not completed
 //   featureOff       null, or a text: why the feature was off
 //   summary          apps, launches, measured, passedOver, learnedApps, disabledApps, firstT, lastT

@@ -53,7 +53,8 @@ Json metadata(const char* name, int process, int thread, Json args) {
 
 }  // namespace
 
-TraceEventFile::TraceEventFile(std::ostream& out) : mOut(out) {
+TraceEventFile::TraceEventFile(std::ostream& out, const Calendar& calendar)
+    : mOut(out), mCalendar(calendar) {
     mOut << "{\"traceEvents\":[";
 }
 
@@ -73,19 +74,19 @@ void TraceEventFile::onFinish(const LaunchFold& /*fold*/) {
 }
 
 void TraceEventFile::onState(const StateChange& change) {
-    writeInstant(change.app, Track::learning,
+    writeInstant(change, Track::learning,
                  change.state == APP_STATE_RELEARN ? markWord(AppMark::Kind::relearning)
                                                    : stateWord(change.state),
-                 change.t, {{"state", change.state}});
+                 {{"state", change.state}});
 }
 
 void TraceEventFile::onStatus(const StatusEntry& entry) {
-    writeInstant(entry.app, Track::learning, entry.text, entry.t, {{"value", entry.value}});
+    writeInstant(entry, Track::learning, entry.text, {{"value", entry.value}});
 }
 
 void TraceEventFile::onMeasured(const MeasuredRun& run) {
-    writeInstant(run.app, Track::learning, run.aborted ? "not measured, cut off" : "measured",
-                 run.t, {{"durationMs", run.durationMs}, {"result", run.result}});
+    writeInstant(run, Track::learning, run.aborted ? "not measured, cut off" : "measured",
+                 {{"durationMs", run.durationMs}, {"result", run.result}});
 }
 
 void TraceEventFile::onLaunch(const Launch& launch) {
@@ -96,12 +97,12 @@ void TraceEventFile::onLaunch(const Launch& launch) {
     }
     const int64_t to = launch.durationMs ? launch.t + *launch.durationMs : *launch.overT;
     writeSlice(launch.app, Track::launches,
-               launch.durationMs ? "launch" : "launch without a first frame", launch.t, to,
-               argsOf(launch));
+               launch.durationMs ? "launch" : "launch without a first frame",
+               {launch.line, launch.t, to}, argsOf(launch));
 }
 
-void TraceEventFile::onPassedOver(int64_t t, const std::string& app) {
-    writeInstant(app, Track::launches, "launch, passed over", t, Json::object());
+void TraceEventFile::onPassedOver(const Launch& launch) {
+    writeInstant(launch, Track::launches, "launch, passed over", Json::object());
 }
 
 void TraceEventFile::onBoost(const Boost& boost) {
@@ -115,12 +116,13 @@ void TraceEventFile::onBoost(const Boost& boost) {
     if (boost.kind != BoostKind::hardwareProfile) {
         args["handle"] = boost.handle;
     }
-    writeSlice(boost.app, track, boostWords(boost.kind), boost.from, boost.to, std::move(args));
+    writeSlice(boost.app, track, boostWords(boost.kind), {boost.line, boost.from, boost.to},
+               std::move(args));
 }
 
 void TraceEventFile::onMark(const AppMark& mark) {
     if (mark.kind == AppMark::Kind::removed) {
-        writeInstant(mark.app, Track::learning, markWord(mark.kind), mark.t, Json::object());
+        writeInstant(mark, Track::learning, markWord(mark.kind), Json::object());
     }
     if (mark.kind == AppMark::Kind::learned || mark.kind == AppMark::Kind::removed) {
         writeLearned(mark.app, mark.t, mark.durationMs.value_or(0));
@@ -191,30 +193,37 @@ TraceEventFile::Lane& TraceEventFile::freeLane(Process& process, Track track, in
 }
 
 void TraceEventFile::writeSlice(const std::string& app, Track track, const std::string& name,
-                                int64_t from, int64_t to, Json args) {
+                                const Span& span, Json args) {
     Process& process = processOf(app);
-    Lane& lane = freeLane(process, track, from);
-    lane.busyUntil = to;
-    const int64_t fromUs = toMicroseconds(from);
+    Lane& lane = freeLane(process, track, span.from);
+    lane.busyUntil = span.to;
+    const int64_t fromUs = toMicroseconds(span.from);
     write({{"name", name},
            {"ph", "X"},
            {"ts", fromUs},
-           {"dur", differenceUs(fromUs, toMicroseconds(to))},
+           {"dur", differenceUs(fromUs, toMicroseconds(span.to))},
            {"pid", process.id},
            {"tid", lane.thread},
-           {"args", std::move(args)}});
+           {"args", placed(span.line, span.from, std::move(args))}});
 }
 
-void TraceEventFile::writeInstant(const std::string& app, Track track, const std::string& name,
-                                  int64_t t, Json args) {
-    Process& process = processOf(app);
+template <class Happened>
+void TraceEventFile::writeInstant(const Happened& happened, Track track, const std::string& name,
+                                  Json args) {
+    Process& process = processOf(happened.app);
     write({{"name", name},
            {"ph", "i"},
-           {"ts", toMicroseconds(t)},
+           {"ts", toMicroseconds(happened.t)},
            {"pid", process.id},
            {"tid", process.tracks[track].front().thread},
            {"s", "t"},
-           {"args", std::move(args)}});
+           {"args", placed(happened.line, happened.t, std::move(args))}});
+}
+
+Json TraceEventFile::placed(std::size_t line, int64_t t, Json args) const {
+    args["line"] = line;
+    args["time"] = mCalendar.text(t);
+    return args;
 }
 
 void TraceEventFile::write(const Json& event) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "tools/base/Json.h"
+#include "tools/input/Calendar.h"
 #include "tools/launches/LaunchObserver.h"
 
 namespace kestrel {
@@ -16,16 +18,16 @@ namespace kestrel {
 // Writes what happens in a replay in the Trace Event Format, which trace viewers open. An
 // app is a process; its threads hold its launches, its learning, and each kind of boost. Slices are
 // written when they end, so the file grows as the replay goes on.
-// Ownership: borrows the stream.
+// Ownership: borrows the stream and the calendar.
 // Errors:    those of writing are left in the stream's state.
 class TraceEventFile : public LaunchObserver {
  public:
-    explicit TraceEventFile(std::ostream& out);
+    TraceEventFile(std::ostream& out, const Calendar& calendar);
     // Completes the file where the replay did not reach its end.
     ~TraceEventFile() override;
 
     void onLaunch(const Launch& launch) override;
-    void onPassedOver(int64_t t, const std::string& app) override;
+    void onPassedOver(const Launch& launch) override;
     void onBoost(const Boost& boost) override;
     void onMeasured(const MeasuredRun& run) override;
     void onMark(const AppMark& mark) override;
@@ -58,16 +60,25 @@ class TraceEventFile : public LaunchObserver {
     Process& processOf(const std::string& app);
     Lane& addLane(Process& process, Track track);
     Lane& freeLane(Process& process, Track track, int64_t from);
-    void writeSlice(const std::string& app, Track track, const std::string& name, int64_t from,
-                    int64_t to, Json args);
+    // What happened when a line of an input was handled: from when to when.
+    struct Span {
+        std::size_t line;
+        int64_t from;
+        int64_t to;
+    };
+    void writeSlice(const std::string& app, Track track, const std::string& name, const Span& span,
+                    Json args);
     // REQUIRES: the track is that of launches or of learning, which every process has.
-    void writeInstant(const std::string& app, Track track, const std::string& name, int64_t t,
-                      Json args);
+    template <class Happened>
+    void writeInstant(const Happened& happened, Track track, const std::string& name, Json args);
+    // The arguments, with where and when it is found in the input.
+    Json placed(std::size_t line, int64_t t, Json args) const;
     void writeLearned(const std::string& app, int64_t t, int32_t durationMs);
     void write(const Json& event);
     void complete();
 
     std::ostream& mOut;
+    const Calendar& mCalendar;
     std::map<std::string, Process> mProcesses;  // by app
     int mLastId = 0;                            // of a process or a thread
     bool mWroteEvent = false;

@@ -1,7 +1,10 @@
 #include "tools/views/Vocabulary.h"
 
+#include <iterator>
+
 #include "host/AppState.h"
 #include "host/KestrelStartsHints.h"
+#include "tools/input/LiveInput.h"
 
 namespace kestrel {
 
@@ -131,6 +134,56 @@ std::string switchWords(FeatureSwitch::State state) {
             break;
     }
     return "the feature was off, since neither " + apps + " nor " + games + " is \"true\"";
+}
+
+const SourceWords& sourceWords(SourceKind kind) {
+    // In the order of SourceKind.
+    static constexpr SourceWords WORDS[] = {
+        {"event trace", "eventTrace", "line"},
+        {"Android log", "androidLog", "line"},
+        {"bug report", "bugReport", "line"},
+        {"last boot's log of a bug report", "lastBootLog", "line"},
+        {"exported log", "logExport", "message"},
+        {"start-info dump", "startInfo", "record"},
+        {"Perfetto trace", "perfettoTrace", "packet"},
+        {"ftrace text", "ftrace", "line"},
+        {"benchmark results", "benchmark", "iteration"},
+    };
+    static_assert(std::size(WORDS) == static_cast<std::size_t>(SourceKind::benchmark) + 1);
+    return WORDS[static_cast<std::size_t>(kind)];
+}
+
+const char* clockWord(InputClock::Kind kind) {
+    switch (kind) {
+        case InputClock::Kind::none:
+            return "none";
+        case InputClock::Kind::yearless:
+            return "yearless";
+        case InputClock::Kind::year:
+            return "year";
+        case InputClock::Kind::epoch:
+            return "epoch";
+        case InputClock::Kind::uptime:
+            return "uptime";
+        case InputClock::Kind::timeOfDay:
+            break;
+    }
+    return "timeOfDay";
+}
+
+std::string inputWords(const std::string& name) {
+    return name == LIVE_INPUT ? "standard input" : name;
+}
+
+std::string counted(std::size_t count, const std::string& what) {
+    const std::string text = std::to_string(count) + " " + what;
+    if (count == 1) {
+        return text;
+    }
+    if (text.ends_with('y')) {
+        return text.substr(0, text.size() - 1) + "ies";
+    }
+    return text + (text.ends_with("ch") ? "es" : "s");
 }
 
 }  // namespace kestrel

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
+#include "tools/input/InputSummary.h"
 #include "tools/launches/FeatureSwitch.h"
 #include "tools/launches/Launch.h"
 #include "tools/store/Explanation.h"
@@ -26,5 +28,22 @@ const char* nextStepWord(NextStep next);
 
 // Why the feature is off, for all launches or for some; empty while it is on.
 std::string switchWords(FeatureSwitch::State state);
+
+// What an input is, in words and as a key in JSON, and what it consists of: "line".
+struct SourceWords {
+    const char* name;
+    const char* key;
+    const char* unit;
+};
+const SourceWords& sourceWords(SourceKind kind);
+
+// As a key in JSON.
+const char* clockWord(InputClock::Kind kind);
+
+// The name of an input; "standard input" for "-".
+std::string inputWords(const std::string& name);
+
+// "1 launch", "2 launches".
+std::string counted(std::size_t count, const std::string& what);
 
 }  // namespace kestrel

@@ -58,7 +58,7 @@ function horizontalOf({series, first}, range, byTime) {
 function horizontalAxis(scale, byTime) {
   const [first, last] = scale.domain();
   const room = scale.range()[1] - scale.range()[0];
-  const most = Math.max(2, Math.floor(room / (byTime ? 110 : 60)));
+  const most = Math.max(2, Math.floor(room / (byTime ? 140 : 60)));
   const axis = d3.axisBottom(scale).tickSizeOuter(0);
   if (!byTime) {
     const whole = scale.ticks(Math.min(most, last - first)).filter(Number.isInteger);

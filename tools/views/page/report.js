@@ -85,6 +85,9 @@ function fillSummary() {
         `${percent} % of ${input}, after ${grouped(events)} events.`;
     byId('partial').hidden = false;
   }
+  for (const {name, notes} of report.inputs) {
+    notes.forEach(({text}) => add(byId('notes'), 'li', `${name}: ${text}`));
+  }
   const tiles = [['apps', apps], ['learned', learnedApps], ['disabled', disabledApps],
                  ['launches', launches], ['with a first frame', measured],
                  ['passed over', passedOver]];

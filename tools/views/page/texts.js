@@ -12,16 +12,21 @@ const ms = (value) => grouped(Math.round(value));
 // Rounded down: 100.0 is said of nothing less.
 const percent = (ratio) => (Math.floor(ratio * 1000 + 1e-9) / 10).toFixed(1);
 
-// [DAYSd ]HH:MM:SS.mmm, as the input's clock says it.
+// As the input prints it: DATE HH:MM:SS.mmm; [DAYSd ]HH:MM:SS.mmm where it has no dates.
 function timeText(t) {
-  if (t < 0) {
-    return `${t} ms`;
+  const {midnight, dates} = [...report.calendar].reverse().find((input) => input.t <= t) ||
+      report.calendar[0] || {midnight: 0, dates: []};
+  const since = t - midnight;
+  if (since < 0) {
+    return `${since} ms`;
   }
   const two = (n) => String(Math.floor(n)).padStart(2, '0');
-  const rest = t % DAY_MS;
+  const day = Math.floor(since / DAY_MS);
+  const rest = since % DAY_MS;
   const clock = `${two(rest / 3600000)}:${two(rest / 60000 % 60)}:${two(rest / 1000 % 60)}` +
       `.${String(rest % 1000).padStart(3, '0')}`;
-  return t < DAY_MS ? clock : `${Math.floor(t / DAY_MS)}d ${clock}`;
+  const date = dates[day] || (day > 0 ? `${day}d` : '');
+  return date ? `${date} ${clock}` : clock;
 }
 
 const TEXT_OF = {text: String, count: grouped, ms, percent, time: timeText};
