@@ -17,7 +17,7 @@ namespace kestrel {
 // Errors:    every operation throws InputError.
 class FileSource : public ByteSource {
  public:
-    static constexpr std::size_t KS_BLOCK_SIZE = std::size_t{256} << 10;
+    static constexpr std::size_t KS_BLOCK_SIZE = std::size_t{64} << 10;
 
     explicit FileSource(const std::string& name);
 

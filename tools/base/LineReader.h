@@ -21,6 +21,15 @@ class LineReader {
     // The next line without its line end, valid until the next call; the last one may lack it.
     std::optional<std::string_view> next();
 
+    // What is at hand behind that line, from the beginning of the next one on; valid as long.
+    std::string_view block() const { return mBlock; }
+
+    // Passes over whole lines at the beginning of block().
+    void skip(std::size_t sizeBytes, std::size_t lines) {
+        mBlock.remove_prefix(sizeBytes);
+        mNumber += lines;
+    }
+
     // Of the line that was handed out last; from 1.
     std::size_t number() const { return mNumber; }
 

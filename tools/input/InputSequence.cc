@@ -188,12 +188,9 @@ InputProgress InputSequence::progress() const {
 std::vector<InputSummary> InputSequence::summaries() const {
     std::vector<InputSummary> summaries;
     for (const Item& item : mItems) {
-        InputSummary& summary = summaries.emplace_back();
         if (item.checked != nullptr) {
-            summary = item.checked->summary();
-        }
-        if (summary.name.empty()) {
-            summary.name = item.name;
+            summaries.push_back(item.checked->summary());
+            summaries.back().name = item.name;
         }
     }
     return summaries;

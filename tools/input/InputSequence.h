@@ -10,8 +10,8 @@
 #include "host/linux/HostSetup.h"
 #include "tools/base/ReadObserver.h"
 #include "tools/input/Calendar.h"
-#include "tools/input/Input.h"
 #include "tools/input/FoundInput.h"
+#include "tools/input/Input.h"
 #include "tools/input/InputKind.h"
 #include "tools/input/InputSummary.h"
 #include "tools/input/TraceObject.h"
@@ -56,13 +56,12 @@ class InputSequence {
     // Of the inputs that have begun to deliver.
     const Calendar& calendar() const { return mCalendar; }
 
-    // Of all inputs, in their order; complete at the end. An input that has not begun has its name
-    // only.
+    // Of all inputs that have begun, in their order; complete at the end.
     std::vector<InputSummary> summaries() const;
 
  private:
-    // A file is recognised and checked at the beginning, a live input when its turn comes: until then
-    // it is neither.
+    // A file is recognised and checked at the beginning, a live input when its turn comes: until
+    // then it is neither.
     struct Item {
         std::string name;
         bool isLive;

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "tools/base/LineReader.h"
+#include "tools/base/PeekedSource.h"
 #include "tools/input/InputKind.h"
 #include "tools/input/ReadInput.h"
 #include "tools/input/exports/LogExport.h"
@@ -36,14 +36,9 @@ std::unique_ptr<RecognisedInput> recognised(AndroidLog log, InputSummary known) 
 
 std::unique_ptr<RecognisedInput> readLogFile(ByteSource& source, const std::string& encoding) {
     AndroidLog log;
-    LineReader lines(source);
-    std::string beginning;
-    while (const auto line = lines.next()) {
-        if (lines.number() == 1) {
-            beginning = line->substr(0, KS_TELLING_SIZE);
-        }
-        log.addLine(*line, lines.number());
-    }
+    PeekedSource text(source);
+    const std::string beginning(text.peek(KS_TELLING_SIZE).substr(0, KS_TELLING_SIZE));
+    log.addLines(text);
     if (!log.sawLogLine()) {
         throw noInput(source.name(), beginning);
     }

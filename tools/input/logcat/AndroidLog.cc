@@ -5,6 +5,7 @@
 #include <utility>
 #include <variant>
 
+#include "tools/base/LineReader.h"
 #include "tools/base/Lines.h"
 
 namespace kestrel {
@@ -17,7 +18,8 @@ constexpr int64_t KS_YEAR_US = 366 * KS_DAY_US;  // one that is not printed
 
 int yearOf(int64_t startUs) {
     using namespace std::chrono;
-    return static_cast<int>(year_month_day(floor<days>(sys_time<microseconds>(microseconds(startUs)))).year());
+    return static_cast<int>(
+        year_month_day(floor<days>(sys_time<microseconds>(microseconds(startUs)))).year());
 }
 
 bool isFrame(const LogEntry& entry) {
@@ -27,11 +29,6 @@ bool isFrame(const LogEntry& entry) {
 }  // namespace
 
 void AndroidLog::addLine(std::string_view line, std::size_t number, Copy copy) {
-    if (mReader.passOver(line)) {
-        mStatistics.addTime(*mReader.latestTime(), number);
-        placeLine(mReader.latestTime(), number);
-        return;
-    }
     const LogEntry entry = mReader.read(line);
     const bool saysSomething = !std::holds_alternative<std::monostate>(entry.launch);
     if (saysSomething && copy == Copy::first) {
@@ -42,6 +39,34 @@ void AndroidLog::addLine(std::string_view line, std::size_t number, Copy copy) {
         return;
     }
     add(entry, number);
+}
+
+void AndroidLog::addLines(ByteSource& text) {
+    LineReader lines(text);
+    while (const auto line = lines.next()) {
+        addLine(*line, lines.number());
+        if (mReader.isInThreadtime() && !mAwaitsMain) {
+            mQuiet.follow(*line);
+            passOver(mQuiet.takeFrom(lines.block()), lines);
+        }
+    }
+}
+
+void AndroidLog::passOver(const QuietLines::Run& run, LineReader& lines) {
+    if (run.lines == 0) {
+        return;
+    }
+    const LogTime followed = *mReader.latestTime();
+    const std::size_t number = lines.number() + 1;
+    for (const int ms : {run.earliestMs, run.latestMs, run.lastMs}) {
+        LogTime time = followed;
+        time.us += int64_t{ms} * 1000;
+        mStatistics.addTime(time, number);
+        placeLine(time, number);
+    }
+    lines.skip(run.sizeBytes, run.lines);
+    mStatistics.addLines(lines.number());
+    mReader.passOver(int64_t{run.lastMs} * 1000);
 }
 
 void AndroidLog::addMessage(int64_t us, std::string_view tag, std::string_view text,
@@ -93,8 +118,8 @@ void AndroidLog::keep(const LogEntry& entry, std::size_t number) {
 }
 
 TraceObjects AndroidLog::import(const LogImportSettings& settings, InputSummary& summary) {
-    std::ranges::stable_sort(
-        mLines, [](const Line& a, const Line& b) { return a.place() < b.place(); });
+    std::ranges::stable_sort(mLines,
+                             [](const Line& a, const Line& b) { return a.place() < b.place(); });
     AndroidLogImporter importer(settings);
     if (mStatistics.first()) {
         importer.setOrigin(*mStatistics.first());

@@ -9,11 +9,14 @@
 #include <utility>
 #include <vector>
 
+#include "tools/base/ByteSource.h"
+#include "tools/base/LineReader.h"
 #include "tools/input/InputSummary.h"
 #include "tools/input/TraceObject.h"
 #include "tools/input/logcat/AndroidLogImporter.h"
 #include "tools/input/logcat/AndroidLogReader.h"
 #include "tools/input/logcat/LogStatistics.h"
+#include "tools/input/logcat/QuietLines.h"
 
 namespace kestrel {
 
@@ -32,11 +35,14 @@ class AndroidLog {
     // A line without its line end; any bytes.
     void addLine(std::string_view line, std::size_t number, Copy copy = Copy::only);
 
+    // All lines of a text.
+    void addLines(ByteSource& text);
+
     // A message of an export, of one or several lines, with its time since 1970 in us.
     void addMessage(int64_t us, std::string_view tag, std::string_view text, std::size_t number);
 
-    // What stood before belongs to another part of the file: its time says nothing about the time of
-    // what follows.
+    // What stood before belongs to another part of the file: its time says nothing about the time
+    // of what follows.
     void beginSection() { mStatistics.beginSection(); }
 
     // When the log was taken, with the year: which one people are shown.
@@ -68,6 +74,7 @@ class AndroidLog {
         Place place() const { return {entry.time, number}; }
     };
 
+    void passOver(const QuietLines::Run& run, LineReader& lines);
     void add(const LogEntry& entry, std::size_t number);
     void placeLine(const std::optional<LogTime>& time, std::size_t number);
     void keep(const LogEntry& entry, std::size_t number);
@@ -79,6 +86,7 @@ class AndroidLog {
     void fill(InputSummary& summary, const AndroidLogImporter& importer) const;
 
     AndroidLogReader mReader;
+    QuietLines mQuiet;
     LogStatistics mStatistics;
     std::vector<Line> mLines;
     bool mLinesAreRaw = false;                // all of mLines are in format raw

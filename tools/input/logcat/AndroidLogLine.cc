@@ -1,7 +1,6 @@
 #include "tools/input/logcat/AndroidLogLine.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 
 #include "tools/input/logcat/LogWindowLine.h"
@@ -206,26 +205,24 @@ std::optional<AndroidLogLine> parseAndroidLogLine(std::string_view line, Printed
     return parsed;
 }
 
-char firstOfThreadtimeTag(std::string_view rest) {
-    TextScanner scanner{rest};
-    std::array<std::string_view, 4> words;
-    size_t count = 0;
-    do {
-        words[count] = scanner.takeWord();
-    } while (!isPriority(words[count++]) && count < words.size());
-    // The first of three words before the priority is a user id, which can be a name.
-    if (count < 3 || !isPriority(words[count - 1]) || !isNumber(words[count - 2]) ||
-        !isNumber(words[count - 3])) {
-        return 0;
-    }
-    const bool hasTag = scanner.rest.size() >= 2 && scanner.rest[0] == ' ' &&
-                        scanner.rest.find(": ", 1) != std::string_view::npos;
-    return hasTag ? scanner.rest[1] : 0;
-}
-
 bool isPriority(std::string_view text) {
-    return text.size() == 1 &&
-           std::string_view("VDIWEFAS?").find(text[0]) != std::string_view::npos;
+    if (text.size() != 1) {
+        return false;
+    }
+    switch (text[0]) {
+        case 'V':
+        case 'D':
+        case 'I':
+        case 'W':
+        case 'E':
+        case 'F':
+        case 'A':
+        case 'S':
+        case '?':
+            return true;
+        default:
+            return false;
+    }
 }
 
 std::string_view withoutPadding(std::string_view tag) {

@@ -19,8 +19,8 @@ enum class LogFormat {
     time,
     threadtime,
     longFormat,
-    logWindow,      // with columns, since 2021
-    oldLogWindow,   // before
+    logWindow,     // with columns, since 2021
+    oldLogWindow,  // before
 };
 
 const char* toText(LogFormat format);
@@ -31,7 +31,7 @@ const char* toText(LogFormat format);
 struct AndroidLogLine {
     LogFormat format{};
     std::optional<PrintedTime> time = std::nullopt;  // as far as the format has one
-    std::string_view tag = {};   // without the blanks that pad it
+    std::string_view tag = {};                       // without the blanks that pad it
     std::string_view text = {};  // a head has none: the lines below it are its text
     bool hasTag = true;          // false: the tag is not there, or cut; only the text can tell
 
@@ -41,10 +41,6 @@ struct AndroidLogLine {
 // Nothing when the line is not a log line. Takes any bytes; a line without its line end, without
 // colours. `times` are those of the lines before it.
 std::optional<AndroidLogLine> parseAndroidLogLine(std::string_view line, PrintedTimeReader& times);
-
-// What stands behind the time in format threadtime, from the blank on: of a line that is certainly
-// one the first character of its tag, else 0. For telling quickly which lines say nothing.
-char firstOfThreadtimeTag(std::string_view rest);
 
 // ---- For the lines of a log window too.
 

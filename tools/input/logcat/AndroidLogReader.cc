@@ -67,22 +67,6 @@ LogEntry AndroidLogReader::read(std::string_view line) {
     return entryOf(*parsed);
 }
 
-bool AndroidLogReader::passOver(std::string_view line) {
-    TextScanner scanner{line};
-    if (mInLongEntry || !mTime) {
-        return false;
-    }
-    const auto time = mTimes.takeInSameSecond(scanner);
-    const char tag = time ? firstOfThreadtimeTag(scanner.rest) : '\0';
-    if (tag == '\0' || tag == KS_ESCAPE || canBeSource(tag)) {
-        return false;
-    }
-    mSource = LogSource::other;
-    mIsTimed = true;
-    mTime = place(*time);
-    return true;
-}
-
 LogEntry AndroidLogReader::readMessage(const PrintedTime& time, std::string_view tag,
                                        std::string_view text) {
     return entryOf({.format = LogFormat::logWindow, .time = time, .tag = tag, .text = text});
@@ -109,6 +93,7 @@ std::string_view AndroidLogReader::withoutColours(std::string_view line) {
 
 LogEntry AndroidLogReader::entryOf(const AndroidLogLine& line) {
     mFormat = mFormat.value_or(line.format);
+    mIsInThreadtime = line.format == LogFormat::threadtime;
     mInLongEntry = line.isHead();
     mSource = line.hasTag ? logSourceOf(line.tag) : LogSource::unknown;
     mIsTimed = line.time.has_value();
@@ -126,6 +111,7 @@ LogEntry AndroidLogReader::entryOf(const AndroidLogLine& line) {
 
 // A line that is the text of a head above it, the head of a buffer, or a text in format raw.
 LogEntry AndroidLogReader::otherLine(std::string_view line) {
+    mIsInThreadtime = false;
     LogEntry entry{.time = mTime, .isTimed = mIsTimed};
     TextScanner head{line};
     if (head.take(KS_HEAD)) {

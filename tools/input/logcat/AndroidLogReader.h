@@ -28,12 +28,12 @@ struct LogTime {
 // Ownership: borrows the line, or the reader's copy of it, which stays until the next line.
 struct LogEntry {
     LaunchLine launch;
-    std::optional<LogTime> time;     // of the line or, where it has none, of the latest that has one
-    bool isTimed = false;            // has a time of its own
-    bool isLogLine = false;          // or the head of an entry
-    bool isRawText = false;          // says something in format raw, which no other line may have
-    bool isMainHead = false;         // the next log line is the first of the buffer main
-    bool isBufferHead = false;       // of any buffer
+    std::optional<LogTime> time;  // of the line or, where it has none, of the latest that has one
+    bool isTimed = false;         // has a time of its own
+    bool isLogLine = false;       // or the head of an entry
+    bool isRawText = false;       // says something in format raw, which no other line may have
+    bool isMainHead = false;      // the next log line is the first of the buffer main
+    bool isBufferHead = false;    // of any buffer
 };
 
 // Reads the lines of one log in the order in which they stand there.
@@ -43,9 +43,14 @@ class AndroidLogReader {
     // Takes any bytes; a line without its line end. Trailing CRs are dropped.
     LogEntry read(std::string_view line);
 
-    // Reads a line that is certainly a log line and says nothing, for most lines are such. Its time is
-    // the latest then. False: read() has to.
-    bool passOver(std::string_view line);
+    // There were lines behind the latest that say nothing, the last one this much later, in the
+    // same year. REQUIRES: the latest is a log line with a time.
+    void passOver(int64_t us) {
+        mTime->us += us;
+        if (mPreviousUs) {
+            *mPreviousUs += us;
+        }
+    }
 
     // Of the latest line that has one.
     const std::optional<LogTime>& latestTime() const { return mTime; }
@@ -58,6 +63,9 @@ class AndroidLogReader {
 
     // Of the first log line; raw where there is none.
     LogFormat format() const { return mFormat.value_or(LogFormat::raw); }
+
+    // Whether the latest line was a log line in format threadtime.
+    bool isInThreadtime() const { return mIsInThreadtime; }
 
     // How the `t` of this log is shown. That of a line without a year may be told by others.
     const InputClock& clock() const { return mClock; }
@@ -72,6 +80,7 @@ class AndroidLogReader {
     std::string mPlain;                // the latest line that had colours, without them
     std::optional<LogFormat> mFormat;  // none: no log line has been seen
     bool mSawRaw = false;
+    bool mIsInThreadtime = false;
     bool mInLongEntry = false;             // below a head: every line up to the next is its text
     LogSource mSource = LogSource::other;  // of the latest log line, as is
     bool mIsTimed = false;                 // whether it has a time

@@ -371,7 +371,7 @@ ActivityStart parseIntent(std::string_view intent) {
 }
 
 LogSource logSourceOf(std::string_view tag) {
-    if (tag.empty() || !canBeSource(tag[0])) {
+    if (tag.size() < 3 || !canBeSource(tag[0], tag[1], tag[2])) {
         return LogSource::other;
     }
     if (tag == "ActivityManager" || tag == "ActivityTaskManager") {

@@ -12,9 +12,9 @@ namespace kestrel {
 // An activity was started: an intent, or the event that the creation of an activity logs.
 struct ActivityStart {
     std::string_view package;
-    uint32_t flags = 0;   // of the intent; 0 as well when they cannot be read
-    int resultCode = 0;   // 0 when there is none; -1 when it cannot be read
-    bool isHome = false;  // with category HOME; a creation: of a home activity
+    uint32_t flags = 0;       // of the intent; 0 as well when they cannot be read
+    int resultCode = 0;       // 0 when there is none; -1 when it cannot be read
+    bool isHome = false;      // with category HOME; a creation: of a home activity
     bool isLauncher = false;  // with category LAUNCHER
     bool isCreation = false;
 };
@@ -24,7 +24,7 @@ struct FirstFrame {
     std::string_view package;
     int64_t ownMs = 0;                              // since the activity itself was started
     std::optional<int64_t> totalMs = std::nullopt;  // since the first of the starts that led to it
-    bool isEvent = false;  // told by an event, not by a line for people
+    bool isEvent = false;                           // told by an event, not by a line for people
 };
 
 // A package came to the front.
@@ -68,9 +68,30 @@ enum class LogSource {
 
 LogSource logSourceOf(std::string_view tag);
 
-// Whether a tag that begins so can be of another source than `other`. Few do.
-inline bool canBeSource(char firstOfTag) {
-    return std::string_view("Aacwsrfb").find(firstOfTag) != std::string_view::npos;
+// Three characters as one number.
+constexpr uint32_t packed(char a, char b, char c) {
+    return static_cast<uint32_t>(static_cast<unsigned char>(a)) << 16 |
+           static_cast<uint32_t>(static_cast<unsigned char>(b)) << 8 |
+           static_cast<uint32_t>(static_cast<unsigned char>(c));
+}
+
+// Whether a tag that begins so can be of another source than `other`.
+constexpr bool canBeSource(char a, char b, char c) {
+    switch (packed(a, b, c)) {
+        case packed('A', 'c', 't'):
+        case packed('a', 'c', 't'):
+        case packed('a', 'm', '_'):
+        case packed('w', 'm', '_'):
+        case packed('b', 'o', 'o'):
+        case packed('c', 'h', 'a'):
+        case packed('c', 'r', 'e'):
+        case packed('f', 'o', 'c'):
+        case packed('r', 'e', 's'):
+        case packed('s', 'e', 't'):
+            return true;
+        default:
+            return false;
+    }
 }
 
 // Takes any bytes; std::monostate when the text is cut short or says nothing about launches.

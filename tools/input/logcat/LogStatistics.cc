@@ -8,9 +8,9 @@ namespace kestrel {
 
 namespace {
 
-constexpr int64_t KS_MINUTE_US = 60'000'000;
+constexpr int64_t KS_HOUR_US = 3'600'000'000;
 // A device that is switched on logs something every day.
-constexpr int64_t KS_LONGEST_SILENCE_US = int64_t{30} * 24 * 60 * KS_MINUTE_US;
+constexpr int64_t KS_LONGEST_SILENCE_US = int64_t{30} * 24 * KS_HOUR_US;
 
 }  // namespace
 
@@ -35,7 +35,11 @@ void LogStatistics::addTime(const LogTime& time, std::size_t number) {
     mLines = std::max(mLines, number);
     if (mPrevious) {
         const int64_t stepUs = time.us - mPrevious->us;
-        if (stepUs < -KS_MINUTE_US || stepUs > KS_LONGEST_SILENCE_US) {
+        // One that goes back to about the log's beginning is where another buffer begins.
+        const int64_t sinceFirstUs = time.us - mFirst->us;
+        const bool isSetBack = stepUs < -KS_HOUR_US &&
+                               (sinceFirstUs < 0 || sinceFirstUs > (mLast->us - mFirst->us) / 4);
+        if (isSetBack || stepUs > KS_LONGEST_SILENCE_US) {
             mFirstJump = mJumps == 0 ? number : mFirstJump;
             ++mJumps;
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 
@@ -13,8 +14,11 @@ class LogStatistics {
  public:
     void add(const LogEntry& entry, std::size_t number);
 
-    // A log line that says nothing.
+    // Of a log line that says nothing.
     void addTime(const LogTime& time, std::size_t number);
+
+    // There are lines up to this number.
+    void addLines(std::size_t number) { mLines = std::max(mLines, number); }
 
     // The next line may have any time.
     void beginSection() { mPrevious.reset(); }

@@ -124,20 +124,6 @@ std::optional<PrintedTime> PrintedTimeReader::take(TextScanner& scanner) {
     return scanner.rest.starts_with(' ') ? time : std::nullopt;
 }
 
-std::optional<PrintedTime> PrintedTimeReader::takeInSameSecond(TextScanner& scanner) const {
-    const std::string_view text = scanner.rest;
-    const std::size_t size = mSecondText.size();
-    if (size == 0 || text.size() < size + 5 || !text.starts_with(mSecondText) ||
-        !hasShape(text.substr(size), "000 ")) {
-        return std::nullopt;
-    }
-    scanner.rest.remove_prefix(size + 3);
-    const int ms = (text[size] - '0') * 100 + twoDigits(text, size + 1);
-    PrintedTime time = mSecond;
-    time.us += int64_t{ms} * 1000;
-    return time;
-}
-
 std::optional<PrintedTime> PrintedTimeReader::takeWholeSeconds(TextScanner& scanner) {
     if (!mSecondText.empty() && scanner.take(mSecondText)) {
         return mSecond;

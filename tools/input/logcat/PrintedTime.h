@@ -27,13 +27,9 @@ struct PrintedTime {
 // Ownership: keeps nothing of the lines.
 class PrintedTimeReader {
  public:
-    // Takes the time with its zone, or a colon, up to the blank that has to be behind it. Seconds are
-    // padded with blanks on the left.
+    // Takes the time with its zone, or a colon, up to the blank that has to be behind it. Seconds
+    // are padded with blanks on the left.
     std::optional<PrintedTime> take(TextScanner& scanner);
-
-    // The same where it is in the second of the one before it and has three digits behind that, else
-    // nothing.
-    std::optional<PrintedTime> takeInSameSecond(TextScanner& scanner) const;
 
  private:
     std::optional<PrintedTime> takeWholeSeconds(TextScanner& scanner);
