@@ -51,7 +51,7 @@ TEST(ByteSourceTest, FilesAreReadFromWhereTheyStandAndAgain) {
     Progress progress;
     file.setObserver(&progress);
     EXPECT_EQ(allOf(file), text);
-    EXPECT_EQ(progress.told, (std::vector<std::string>{"log 262144/262154", "log 262154/262154"}));
+    EXPECT_EQ(progress.told, (std::vector<std::string>{"log 65536/65546", "log 65546/65546"}));
     EXPECT_EQ(file.read(), "");
     file.rewind();
     EXPECT_EQ(allOf(file), text);

@@ -9,6 +9,7 @@
 
 #include "tools/base/InputError.h"
 #include "tools/base/Interruption.h"
+#include "tools/base/LineReader.h"
 
 namespace kestrel {
 
@@ -34,14 +35,14 @@ bool StandardInput::receive() {
 bool StandardInput::readLine(std::string& line) {
     std::size_t searched = 0;
     while (true) {
-        const std::string_view text = ahead();
-        const std::size_t end = text.find('\n', searched);
-        if (end != std::string_view::npos || (mEnded && !text.empty())) {
-            line = text.substr(0, end);
-            mBegin += std::min(line.size() + 1, text.size());
+        const std::size_t end = ahead().find('\n', searched);
+        if (end != std::string_view::npos || (mEnded && !ahead().empty())) {
+            line = ahead().substr(0, std::min(end, LineReader::KS_MAX_LINE));
+            mBegin += std::min(end, ahead().size() - 1) + 1;
             return true;
         }
-        searched = text.size();
+        mText.resize(std::min(mText.size(), mBegin + LineReader::KS_MAX_LINE));
+        searched = ahead().size();
         if (!receive() && !(mEnded && !ahead().empty())) {
             return false;
         }

@@ -56,8 +56,8 @@ FoundInputs readTrace(ByteSource& source, const InputOptions& options) {
 
 FoundInputs readBenchmark(ByteSource& source, const InputOptions& options) {
     if (!options.package) {
-        throw InputError(source.name() +
-                         ": benchmark results do not name the app; give it with --package NAME");
+        throw NoInput(source.name(),
+                      "benchmark results do not name the app; give it with --package NAME");
     }
     return only(source.name(), recognised(readBenchmarkResults(source, *options.package)));
 }
@@ -89,7 +89,10 @@ FoundInputs findInSource(ByteSource& source, const InputOptions& options, const 
     }
     switch (inputKindOf(beginning)) {
         case InputKind::archive:
-            throw NoInput(ahead.name(), "an archive inside another file is not read; unpack it");
+            throw NoInput(ahead.name(), layers.isDecompressed
+                                            ? "an archive that is compressed as a whole is not read; "
+                                              "decompress it first"
+                                            : "an archive inside another is not read; unpack it");
         case InputKind::compressed:
             return decompress(ahead, beginning, options, layers);
         case InputKind::utf16Text:

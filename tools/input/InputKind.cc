@@ -18,6 +18,8 @@ namespace kestrel {
 
 namespace {
 
+constexpr std::string_view KS_ACTIVITY_MANAGER = "ACTIVITY MANAGER ";  // what its dumps begin with
+
 std::string_view withoutLeadingBlanks(std::string_view text) {
     return text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
 }
@@ -108,7 +110,8 @@ InputKind inputKindOf(std::string_view beginning) {
         return kindOfJson(text);
     }
     std::string_view rest = text;
-    return isStartInfoHead(takeLine(rest)) ? InputKind::startInfo : InputKind::logText;
+    return takeLine(rest).starts_with(KS_ACTIVITY_MANAGER) ? InputKind::startInfo
+                                                           : InputKind::logText;
 }
 
 std::optional<InputKind> arrivingKindOf(std::string_view arrived) {
@@ -143,12 +146,10 @@ bool isSkippedTraceLine(std::string_view line) {
 }
 
 NoInput noInput(const std::string& name, std::string_view beginning) {
-    std::string why =
-        "no line is one of an Android log (`adb logcat` in any format, a bug report), nor is it an "
-        "event trace, a log export of an IDE, a start-info dump, a Perfetto trace or a benchmark "
-        "result";
     const std::string what = whatItIs(beginning);
-    return {name, what.empty() ? why : what + "; " + why};
+    return {name, (what.empty() ? "no line of it is a log line" : what) +
+                      "; what is read are Android logs, bug reports, event traces, log exports, "
+                      "start-info, Perfetto and ftrace traces, and benchmark results"};
 }
 
 }  // namespace kestrel

@@ -18,7 +18,7 @@ void countObject(const TraceObject& object, InputSummary& summary) {
         ++summary.firstFrames;
     } else if (event->hintId == KS_HINT_APP_SWITCH) {
         ++summary.appSwitches;
-    } else if (event->hintId == KS_HINT_APP_REMOVED) {
+    } else if (event->hintId == KS_HINT_APP_REMOVED && summary.kind == SourceKind::eventTrace) {
         const bool keepsData = (static_cast<uint32_t>(event->hintType) >> 24) != 0;
         ++(keepsData ? summary.updates : summary.removals);
     }

@@ -14,6 +14,7 @@ namespace kestrel {
 // and what they should do about them, is decided where they are shown.
 
 enum class SourceKind {
+    none,  // of no kind that is read: it was passed over
     eventTrace,
     androidLog,
     bugReport,      // the log of the boot that it was taken in
@@ -67,7 +68,7 @@ struct InputNote {
 
 struct InputSummary {
     std::string name = {};  // of the input or, in a folder or an archive, of its part
-    SourceKind kind = SourceKind::eventTrace;
+    SourceKind kind = SourceKind::none;
     std::string format = {};    // "threadtime"; empty: there is only one
     std::string encoding = {};  // "UTF-16"; empty: UTF-8
     std::size_t units = 0;    // lines, messages, records, packets, iterations: by the kind
@@ -77,15 +78,16 @@ struct InputSummary {
     std::optional<int64_t> lastT = std::nullopt;
     std::string androidRelease = {};  // "14"; empty: not printed
     std::size_t starts = 0;           // of activities, as the input tells them
+    std::size_t frameLines = 0;       // that tell of a first frame, whether it fits a launch or not
     std::size_t launches = 0;
     std::size_t firstFrames = 0;
     std::size_t appSwitches = 0;
-    std::size_t removals = 0;  // without the updates
-    std::size_t updates = 0;   // events that keep the data
+    std::size_t removals = 0;  // of a log: without the updates, whatever they become
+    std::size_t updates = 0;
     std::vector<InputNote> notes = {};
 };
 
-// Counts an object of the input.
+// Counts an object of the input, but for the removals of a log, of which its lines tell more.
 void countObject(const TraceObject& object, InputSummary& summary);
 
 }  // namespace kestrel

@@ -14,6 +14,7 @@ namespace kestrel {
 namespace {
 
 #define CAPTURE_ALL "adb logcat -b main,system,events"
+#define CAPTURE_TOGETHER "Capture all buffers together: " CAPTURE_ALL
 #define ENLARGE "adb logcat -G 16M"
 
 // "#(WORD)" is a count and what is counted, "@" the note's own words.
@@ -55,6 +56,12 @@ constexpr Sentence NOTES[] = {
 };
 static_assert(std::size(NOTES) == static_cast<std::size_t>(InputNote::Kind::cutShort) + 1);
 
+// Of a recording, what the ring buffer of a log is, is the length of the recording.
+constexpr Sentence RECORDING_NOT_HELD = {
+    "framesNotHeld", "#(launch) left out: its end is not in the trace. Record longer"};
+constexpr Sentence RECORDING_CUT_OFF = {
+    "cutOff", "#(launch) whose beginning is not in the trace. Begin to record before the launch"};
+
 constexpr Sentence REMOVALS_FORGOTTEN = {
     "removalsForgotten",
     "#(removal), and what was learned of the removed apps was forgotten. To keep it, give a set-up "
@@ -78,7 +85,7 @@ struct Remedies {
 const Remedies& remediesFor(SourceKind kind) {
     static constexpr Remedies LOG = {
         "the log has no \"Displayed\" line. Capture the events buffer too: " CAPTURE_ALL,
-        "they cannot be measured. Capture all buffers together: " CAPTURE_ALL,
+        "they cannot be measured. " CAPTURE_TOGETHER,
         "Capture all buffers while apps are launched: " CAPTURE_ALL};
     static constexpr Remedies TRACE = {
         "nothing can be measured. A first frame is an event with the hintId 4103",
@@ -105,6 +112,7 @@ const Remedies& remediesFor(SourceKind kind) {
         case SourceKind::perfettoTrace:
         case SourceKind::ftrace:
             return RECORDING;
+        case SourceKind::none:
         case SourceKind::startInfo:
         case SourceKind::benchmark:
             break;
@@ -151,7 +159,7 @@ bool has(const InputSummary& summary, InputNote::Kind kind) {
 
 std::optional<InputCondition> noLaunches(const InputSummary& summary) {
     if (summary.launches > 0 || summary.units == 0 ||
-        has(summary, InputNote::Kind::framesNotHeld)) {
+        has(summary, InputNote::Kind::framesNotHeld) || has(summary, InputNote::Kind::toldTwice)) {
         return std::nullopt;
     }
     std::string text = unitsOf(summary);
@@ -171,6 +179,13 @@ std::optional<InputCondition> missingFrames(const InputSummary& summary) {
     }
     const Remedies& remedies = remediesFor(summary.kind);
     const std::string launches = counted(summary.launches, "launch");
+    if (summary.firstFrames == 0 && summary.frameLines > 0) {
+        return InputCondition{NO_FRAMES, summary.launches,
+                              launches + ", none with a first frame: the log has " +
+                                  counted(summary.frameLines, "line") +
+                                  " that tell of one, but none fits a launch. " CAPTURE_TOGETHER,
+                              false};
+    }
     if (summary.firstFrames == 0) {
         return InputCondition{NO_FRAMES, summary.launches,
                               launches + ", none with a first frame: " + remedies.noFrames, false};
@@ -197,6 +212,18 @@ const Sentence& sentenceFor(RemovalPolicy removals) {
     return REMOVALS_IGNORED;
 }
 
+const Sentence& sentenceFor(const InputSummary& summary, InputNote::Kind kind) {
+    if (&remediesFor(summary.kind) == &remediesFor(SourceKind::perfettoTrace)) {
+        if (kind == InputNote::Kind::framesNotHeld) {
+            return RECORDING_NOT_HELD;
+        }
+        if (kind == InputNote::Kind::cutOff) {
+            return RECORDING_CUT_OFF;
+        }
+    }
+    return NOTES[static_cast<std::size_t>(kind)];
+}
+
 }  // namespace
 
 std::size_t withoutFrame(const InputSummary& summary) {
@@ -211,8 +238,7 @@ std::vector<InputCondition> conditionsOf(const InputSummary& summary, RemovalPol
         }
     }
     for (const InputNote& note : summary.notes) {
-        conditions.push_back(
-            filled(NOTES[static_cast<std::size_t>(note.kind)], note.count, note.what));
+        conditions.push_back(filled(sentenceFor(summary, note.kind), note.count, note.what));
     }
     // A trace says itself what a removal does.
     if (summary.removals > 0 && summary.kind != SourceKind::eventTrace) {

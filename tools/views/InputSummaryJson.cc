@@ -25,6 +25,7 @@ Json toJson(const InputSummary& summary, RemovalPolicy removals) {
     Json entry = {{"name", summary.name},
                   {"kind", words.key},
                   {"format", textOrNull(summary.format)},
+                  {"encoding", textOrNull(summary.encoding)},
                   {"unit", words.unit},
                   {"units", summary.units},
                   {"clock", clockWord(summary.clock.kind)},

@@ -25,8 +25,12 @@ void addCount(std::string& list, std::size_t count, const std::string& what) {
 std::string describe(const InputSummary& summary) {
     const SourceWords& words = sourceWords(summary.kind);
     std::string text = words.name;
-    if (!summary.format.empty()) {
-        text += " (" + printable(summary.format) + ")";
+    std::string format = summary.format;
+    if (!summary.encoding.empty()) {
+        addTo(format, summary.encoding);
+    }
+    if (!format.empty()) {
+        text += " (" + printable(format) + ")";
     }
     addTo(text, counted(summary.units, words.unit));
     if (summary.firstT && summary.lastT) {
@@ -55,6 +59,9 @@ std::string countsOf(const InputSummary& summary) {
 }  // namespace
 
 std::vector<std::string> summaryLines(const InputSummary& summary, RemovalPolicy removals) {
+    if (summary.kind == SourceKind::none) {
+        return {"passed over: " + conditionsOf(summary, removals).front().text};
+    }
     std::vector<std::string> lines = {describe(summary) + ": " + countsOf(summary)};
     std::string leftOut;
     std::vector<std::string> missing;

@@ -139,6 +139,7 @@ std::string switchWords(FeatureSwitch::State state) {
 const SourceWords& sourceWords(SourceKind kind) {
     // In the order of SourceKind.
     static constexpr SourceWords WORDS[] = {
+        {"no input", "none", "line"},
         {"event trace", "eventTrace", "line"},
         {"Android log", "androidLog", "line"},
         {"bug report", "bugReport", "line"},

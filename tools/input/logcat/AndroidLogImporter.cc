@@ -111,6 +111,7 @@ int64_t AndroidLogImporter::untimedLaunchT() const {
 }
 
 void AndroidLogImporter::become(const FirstFrame& frame, TraceObjects& out) {
+    ++mFrameLines;
     if (mFramesAreLaunches && !frame.isEvent && mFront != frame.package) {
         launchWith(frame, out);
         return;
@@ -163,9 +164,11 @@ void AndroidLogImporter::become(const ForceStop& stop, TraceObjects& out) {
     if (stop.reason != ForceStop::Reason::removed) {
         return;
     }
+    const bool isUpdate = mUpdating.contains(package);
+    ++(isUpdate ? mUpdates : mRemovals);
     if (mSettings.removals != RemovalPolicy::ignore) {
         const bool keepsData =
-            mSettings.removals == RemovalPolicy::keep || mUpdating.contains(package);
+            mSettings.removals == RemovalPolicy::keep || isUpdate;
         append(mNow,
                {.hintId = KS_HINT_APP_REMOVED,
                 .hintType = keepsData ? KS_HINT_TYPE_KEEPS_DATA : 0,
@@ -205,6 +208,9 @@ bool AndroidLogImporter::fits(int64_t durationMs) const {
 
 void AndroidLogImporter::describe(InputSummary& summary) const {
     summary.starts += mStarts;
+    summary.frameLines += mFrameLines;
+    summary.removals += mRemovals;
+    summary.updates += mUpdates;
     const auto note = [&](InputNote::Kind kind, std::size_t count) {
         if (count > 0) {
             summary.notes.push_back({kind, count});

@@ -77,6 +77,9 @@ class AndroidLogImporter {
     bool mFramesAreLaunches = false;
     std::size_t mStarts = 0;
     std::size_t mFailedStarts = 0;
+    std::size_t mFrameLines = 0;
+    std::size_t mRemovals = 0;
+    std::size_t mUpdates = 0;
     std::size_t mFramesWithoutStart = 0;  // of packages that were not started before in this log
     std::size_t mLaunchesFromFrames = 0;
     std::size_t mLaunchesLeftOut = 0;

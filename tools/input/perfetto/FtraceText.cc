@@ -6,9 +6,9 @@
 #include <optional>
 #include <utility>
 
-#include "tools/base/InputError.h"
 #include "tools/base/LineReader.h"
 #include "tools/base/TextScanner.h"
+#include "tools/input/InputKind.h"
 #include "tools/input/perfetto/LaunchImport.h"
 #include "tools/input/perfetto/LaunchMark.h"
 
@@ -26,7 +26,8 @@ std::string_view withoutCr(std::string_view line) {
 }
 
 bool isTextHead(std::string_view line) {
-    return line.starts_with("# tracer") || withoutCr(line) == "TRACE:";
+    return line.starts_with("# tracer") || withoutCr(line) == "TRACE:" ||
+           line.starts_with("capturing trace...");
 }
 
 bool isHtmlHead(std::string_view line) {
@@ -121,8 +122,8 @@ void TextReader::readTraceLine(std::string_view line, std::size_t number) {
 
 ImportedInput TextReader::take(const std::string& name, std::size_t lines) && {
     if (!mIsTrace) {
-        throw InputError(name + (mIsHtml ? ": a page without a trace in it"
-                                         : ": no trace of ftrace: no line of it is one"));
+        throw NoInput(name, mIsHtml ? "a page without a trace in it"
+                                    : "no trace of ftrace: no line of it is one");
     }
     ImportedInput imported = importLaunches(std::move(mMarks), std::nullopt, mBad);
     imported.summary.name = name;
