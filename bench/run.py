@@ -322,7 +322,10 @@ def main():
     with tempfile.TemporaryDirectory(dir=results) as directory:
         bench = Bench(options.build, options.wrapper_build, pathlib.Path(directory), options.brief,
                       options.rounds)
-        bench.inputs() if options.inputs else bench.measure_all()
+        if options.inputs:
+            bench.inputs()
+        else:
+            bench.measure_all()
     cases = {case: {name: statistics.median(values) for name, values in figures.items()}
              for case, figures in sorted(bench.values.items(), key=lambda item: sort_key(item[0]))}
     result = results / "bench.json"
