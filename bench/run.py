@@ -1,15 +1,17 @@
-#!/usr/bin/env python3
-"""Runs the benchmark programs in turns and prints one table, as Markdown, and the figures as JSON.
+#!/usr/bin/env -S python3 -B
+"""Runs the benchmark programs in turns and prints tables, as Markdown, and the figures as JSON.
 
-usage: run.py [--brief] [--rounds N] [--doc FILE] BUILD WRAPPER_BUILD
+usage: run.py [--brief] [--inputs] [--rounds N] [--doc FILE] BUILD WRAPPER_BUILD
 
 BUILD and WRAPPER_BUILD are the build folders of the repository and of bench/wrapper. Everything is
-written below BUILD/bench. --brief only shows that everything works: its figures mean nothing. --doc
-also puts the table in place of what follows the line of FILE that says MARKER.
+written below BUILD/bench. --brief only shows that everything works: its figures mean nothing.
+--inputs measures only the reading of inputs. --doc also puts each table in place of the one that
+follows its marker in FILE.
 """
 
 import argparse
 import collections
+import itertools
 import json
 import os
 import pathlib
@@ -19,6 +21,8 @@ import subprocess
 import sys
 import tempfile
 import time
+
+import inputs
 
 # What is to be reached: ratios, shares, and times in ns.
 ONE_ROW = {"bare": 1.05, "wrapper": 1.0}
@@ -34,7 +38,8 @@ TARGETS = {
     "event/wrong-version": {"ns": 300},
     "host/share of the host": {"share": 0.25},
     "host/memory growth after the first thousandth": {"share": 0.01},
-}
+} | inputs.TARGETS
+AT_LEAST = {"mbPerSecond"}
 SETTINGS = ["synchronous=NORMAL", "no lookaside", "lookaside 1200 x 400", "cache of 10 pages",
             "cache of 20000 pages", "mapped 64 MiB", "multi-thread", "single-thread",
             "no memory statistics"]
@@ -85,14 +90,22 @@ class Bench:
         return {case["run_name"].replace("/manual_time", ""): case for case in cases}
 
     def measure_all(self):
+        self.measure_rounds()
+        print("the host", file=sys.stderr)
+        self.host()
+        self.footprint()
+        self.inputs()
+
+    def inputs(self):
+        print("the reading of inputs", file=sys.stderr)
+        inputs.InputCases(self).measure()
+
+    def measure_rounds(self):
         for n in range(self.rounds):
             print(f"round {n + 1} of {self.rounds}", file=sys.stderr)
             self.store()
             self.launches()
             self.settings()
-        print("the host", file=sys.stderr)
-        self.host()
-        self.footprint()
 
     def note(self, case, **figures):
         for name, value in figures.items():
@@ -215,42 +228,90 @@ def time_of(f):
     return f"{count}{f['kib']:.1f} KiB"
 
 
+def misses(name, value, limit):
+    if name in AT_LEAST:
+        return value < limit
+    # A wrapper that is equal may come out faster: that much is noise.
+    return value > limit + (0.02 if name == "wrapper" else 0)
+
+
 def verdict(case, cases):
     limits = target_of(case, cases)
     figures = cases[case]
-    # A wrapper that is equal may come out faster: that much is noise.
     missed = [name for name, limit in limits.items()
-              if name in figures and figures[name] > limit + (0.02 if name == "wrapper" else 0)]
+              if name in figures and misses(name, figures[name], limit)]
     if missed:
         return "missed: " + ", ".join(missed)
     return "met" if limits else ""
 
 
-MARKER = "<!-- The table of ./dev bench -->"
-COLUMNS = ["case", "time", "first request", "p90", "p99", "to bare SQL", "to the contract by hand",
-           "to the wrapper", "to the default", "disk", "target"]
+def ratio(figures, name):
+    return f"{figures[name]:.2f}" if name in figures else ""
 
 
 def row(case, cases):
     f = cases[case]
-    ratio = lambda name: f"{f[name]:.2f}" if name in f else ""
     time_ = lambda name: duration(f[name]) if name in f else ""
     disk = f"{max(f['disk'], 0):.0%}" if "disk" in f else ""
-    return [case, time_of(f), time_("first"), time_("p90"), time_("p99"), ratio("bare"),
-            ratio("owning"), ratio("wrapper"), ratio("default"), disk, verdict(case, cases)]
+    return [case, time_of(f), time_("first"), time_("p90"), time_("p99"), ratio(f, "bare"),
+            ratio(f, "owning"), ratio(f, "wrapper"), ratio(f, "default"), disk,
+            verdict(case, cases)]
 
 
-def make_table(cases):
-    rows = [COLUMNS] + [row(case, cases) for case in cases]
-    widths = [max(len(r[i]) for r in rows) for i in range(len(COLUMNS))]
+def input_row(case, cases):
+    f = cases[case]
+    return [case.replace("|", "\\|"), f"{f['mbPerSecond']:.0f}", f"{f['kib'] / 1024:.1f} MiB",
+            ratio(f, "wc"), ratio(f, "grep"), ratio(f, "zcat"), ratio(f, "launches"),
+            verdict(case, cases)]
+
+
+def is_input(case):
+    return case.startswith("input/")
+
+
+# Of each table its marker in a document, its columns, the making of a row, and whose it is.
+TABLES = [
+    ("<!-- The table of ./dev bench on inputs -->",
+     ["case", "MB/s", "memory", "to wc", "to grep", "to zcat and grep",
+      "memory to that for its launches", "target"], input_row, is_input),
+    ("<!-- The table of ./dev bench -->",
+     ["case", "time", "first request", "p90", "p99", "to bare SQL", "to the contract by hand",
+      "to the wrapper", "to the default", "disk", "target"], row, lambda case: not is_input(case)),
+]
+
+
+def make_table(columns, rows):
+    rows = [columns] + rows
+    widths = [max(len(r[i]) for r in rows) for i in range(len(columns))]
     rows.insert(1, ["-" * width for width in widths])
     return "".join("| " + " | ".join(c.ljust(w) for c, w in zip(cells, widths)) + " |\n"
                    for cells in rows)
 
 
+def put_into(document, marker, table):
+    before, found, after = document.read_text().partition(f"{marker}\n\n")
+    if not found:
+        sys.exit(f"bench: {document} has no line {marker}")
+    after = after.splitlines(keepends=True)
+    rest = itertools.dropwhile(lambda line: line.startswith("|"), after)
+    document.write_text(before + found + table + "".join(rest))
+
+
+def tell(cases, document):
+    for marker, columns, make_row, is_of_table in TABLES:
+        rows = [make_row(case, cases) for case in cases if is_of_table(case)]
+        if not rows:
+            continue
+        table = make_table(columns, rows)
+        print(table)
+        if document:
+            put_into(document, marker, table)
+
+
 def main():
     parser = argparse.ArgumentParser(description="Runs the benchmarks in turns.")
     parser.add_argument("--brief", action="store_true")
+    parser.add_argument("--inputs", action="store_true")
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--doc", type=pathlib.Path)
     parser.add_argument("build", type=pathlib.Path)
@@ -261,7 +322,10 @@ def main():
     with tempfile.TemporaryDirectory(dir=results) as directory:
         bench = Bench(options.build, options.wrapper_build, pathlib.Path(directory), options.brief,
                       options.rounds)
-        bench.measure_all()
+        if options.inputs:
+            bench.inputs()
+        else:
+            bench.measure_all()
     cases = {case: {name: statistics.median(values) for name, values in figures.items()}
              for case, figures in sorted(bench.values.items(), key=lambda item: sort_key(item[0]))}
     result = results / "bench.json"
@@ -271,16 +335,14 @@ def main():
     if options.brief:
         print(f"{len(cases)} cases ran")
         return
-    table = make_table(cases)
-    print(table)
-    if options.doc:
-        text, _, _ = options.doc.read_text().partition(MARKER)
-        options.doc.write_text(f"{text}{MARKER}\n\n{table}")
-    print(f"medians of {bench.rounds} rounds; also in {os.path.relpath(result)}", file=sys.stderr)
+    tell(cases, options.doc)
+    print(f"medians of {bench.rounds} rounds, on inputs of {inputs.TURNS} turns; also in "
+          f"{os.path.relpath(result)}", file=sys.stderr)
 
 
 def sort_key(case):
-    groups = ["memory", "file", "launch", "growth", "event", "setting", "host", "footprint"]
+    groups = ["memory", "file", "launch", "growth", "event", "setting", "host", "footprint",
+              "input"]
     group, *rest = case.split("/")
     return [str(groups.index(group))] + [part.zfill(6) if part.isdigit() else part for part in rest]
 
