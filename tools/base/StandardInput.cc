@@ -9,6 +9,7 @@
 
 #include "tools/base/InputError.h"
 #include "tools/base/Interruption.h"
+#include "tools/base/LineReader.h"
 
 namespace kestrel {
 
@@ -37,11 +38,12 @@ bool StandardInput::readLine(std::string& line) {
         const std::string_view text = ahead();
         const std::size_t end = text.find('\n', searched);
         if (end != std::string_view::npos || (mEnded && !text.empty())) {
-            line = text.substr(0, end);
-            mBegin += std::min(line.size() + 1, text.size());
+            line = text.substr(0, std::min(end, LineReader::KS_MAX_LINE));
+            mBegin += std::min(end, text.size() - 1) + 1;
             return true;
         }
-        searched = text.size();
+        searched = std::min(text.size(), LineReader::KS_MAX_LINE);
+        mText.resize(mBegin + searched);
         if (!receive() && !(mEnded && !ahead().empty())) {
             return false;
         }

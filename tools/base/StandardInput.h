@@ -19,7 +19,8 @@ class StandardInput : public ByteSource {
     std::string_view ahead() const { return std::string_view(mText).substr(mBegin); }
 
     // The next line without its line end; the last one may lack it. False: there is no other, or
-    // the user wants no more. A line that an interruption cut off is none.
+    // the user wants no more. A line that an interruption cut off is none. Of one that is longer
+    // than LineReader::KS_MAX_LINE the rest is dropped.
     bool readLine(std::string& line);
 
     // Whether its end has been met, and all of it handed out.

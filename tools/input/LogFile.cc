@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "tools/base/LineReader.h"
+#include "tools/base/PeekedSource.h"
 #include "tools/input/InputKind.h"
 #include "tools/input/ReadInput.h"
 #include "tools/input/exports/LogExport.h"
@@ -36,12 +37,10 @@ std::unique_ptr<RecognisedInput> recognised(AndroidLog log, InputSummary known) 
 
 std::unique_ptr<RecognisedInput> readLogFile(ByteSource& source, const std::string& encoding) {
     AndroidLog log;
-    LineReader lines(source);
-    std::string beginning;
+    PeekedSource ahead(source);
+    const std::string beginning(ahead.peek(KS_TELLING_SIZE).substr(0, KS_TELLING_SIZE));
+    LineReader lines(ahead);
     while (const auto line = lines.next()) {
-        if (lines.number() == 1) {
-            beginning = line->substr(0, KS_TELLING_SIZE);
-        }
         log.addLine(*line, lines.number());
     }
     if (!log.sawLogLine()) {
