@@ -272,7 +272,7 @@ TEST(InputFileTest, OtherArchivesAndFoldersGiveAllThatTheyHold) {
                       {"b.jsonl", "1 launch com.t"},
                       passedOver}));
     // What is no input has no say about the set-up.
-    const Folder games({{"README", "x"}, {"b.jsonl", setup + TRACE}});
+    const Folder games({{"a.log", ""}, {"README", "x"}, {"b.jsonl", setup + TRACE}});
     EXPECT_EQ(InputSequence({games.path()}, std::nullopt, {}).setup().games.size(), 1U);
     EXPECT_EQ(played({games.path()}), Lines{"1 launch com.t"});
     EXPECT_EQ(errorOf<InputError>([&] {

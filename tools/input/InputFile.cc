@@ -80,8 +80,9 @@ FoundInputs decode(PeekedSource& source, const InputOptions& options, Layers lay
 
 // What says nothing is a trace without objects, where traces are taken: import can print one.
 InputKind kindFor(const InputOptions& options, std::string_view beginning) {
-    return options.takesTraces && saysNothing(beginning) ? InputKind::eventTrace
-                                                         : inputKindOf(beginning);
+    return options.takesTraces && options.takesEmpty && saysNothing(beginning)
+               ? InputKind::eventTrace
+               : inputKindOf(beginning);
 }
 
 FoundInputs findInSource(ByteSource& source, const InputOptions& options, const Layers& layers) {
@@ -150,6 +151,12 @@ class Collection {
     std::string mFirstWhy;
 };
 
+// Of a file among others, which would be a strange trace if it were empty.
+InputOptions ofPart(InputOptions options) {
+    options.takesEmpty = false;
+    return options;
+}
+
 // A bug report's text, or all inputs of another archive in the order of their names.
 FoundInputs findInArchive(FileSource& archive, const InputOptions& options) {
     if (const auto report = bugReportMember(archive)) {
@@ -163,7 +170,7 @@ FoundInputs findInArchive(FileSource& archive, const InputOptions& options) {
             if (!member.obstacle.empty()) {
                 throw NoInput(content.name(), member.obstacle);
             }
-            return findInSource(content, options, {});
+            return findInSource(content, ofPart(options), {});
         });
     });
     collection.sortByName();
@@ -174,7 +181,7 @@ FoundInputs findInFolder(const std::string& folder, const InputOptions& options,
                          ReadObserver* observer) {
     Collection collection;
     for (const std::string& name : filesIn(folder)) {
-        collection.add(name, [&] { return findInputs(name, options, observer); });
+        collection.add(name, [&] { return findInputs(name, ofPart(options), observer); });
     }
     return std::move(collection).take(folder, "a folder");
 }

@@ -14,6 +14,7 @@ namespace kestrel {
 // What a command wants of its inputs.
 struct InputOptions {
     bool takesTraces = true;               // event traces too
+    bool takesEmpty = true;                // as a trace without objects, where traces are taken
     std::optional<std::string> package{};  // of benchmark results, which do not say it
 };
 
