@@ -282,11 +282,11 @@ TEST(EvaluateTest, WhatArrivesLiveBeforeAWrongLineIsTold) {
     const ProgramRun program;
     const std::string input =
         Trace().launch("com.a", 10).frame("com.a", 500).str() + "{\"t\":700}\n";
-    auto result = program.run("evaluate --json -", input);
+    auto result = program.runPiped("evaluate --json -", input);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err, "-:3: the key \"hintId\" is missing\n");
     EXPECT_EQ(Json::parse(result.out)["policies"][6]["boostedMs"], 490);
-    result = program.run("replay --trace-out trace.json -", input);
+    result = program.runPiped("replay --trace-out trace.json -", input);
     EXPECT_EQ(result.status, 2);
     const Json launch = Json::parse(program.read("trace.json"))["traceEvents"].back();
     EXPECT_EQ(launch["dur"], 490000);

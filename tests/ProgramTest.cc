@@ -142,14 +142,13 @@ TEST_F(ProgramTest, WrongCommandLinesAndFiles) {
         {"replay", 2, "INPUT"},
         {"replay --sink trace.jsonl", 2, "--sink"},
         {"replay missing.jsonl", 2, "missing.jsonl: No such file"},
-        {"replay .", 2, ".: Is a directory"},
         {"replay --host missing.json trace.jsonl", 2, "missing.json: No such file"},
-        {"replay letter.txt", 2, "letter.txt:1: neither an event trace nor an Android log"},
+        {"replay letter.txt", 2, "letter.txt: no line is one of an Android log"},
         {"replay - -", 2, "standard input (-) can be an input only once"},
         {"replay --json - </", 2, "standard input cannot be read"},
         {"replay --root '' trace.jsonl", 2, "--root: the name is empty"},
-        {"import trace.jsonl", 2, "trace.jsonl:1: an event trace, where only"},
-        {"import file", 2, "file:1: neither"},
+        {"import trace.jsonl", 2, "trace.jsonl: an event trace, which is what"},
+        {"import file", 2, "file: it is empty; no line is one"},
         {"replay --root file trace.jsonl", 1, "cannot make"},
         {"replay --root /proc/none trace.jsonl", 1, "cannot make"},
     };
@@ -170,8 +169,8 @@ TEST_F(ProgramTest, WrongCommandLinesAndFiles) {
 }
 
 TEST_F(ProgramTest, WhatArrivesLiveBeforeAWrongLineStaysStored) {
-    const auto result = mProgram.run("replay --json --root root -",
-                                     LAUNCH + FRAME + LEAVE + "{\"t\":700}\n" + LAUNCH);
+    const auto result = mProgram.runPiped("replay --json --root root -",
+                                          LAUNCH + FRAME + LEAVE + "{\"t\":700}\n" + LAUNCH);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err, "-:4: the key \"hintId\" is missing\n");
     EXPECT_EQ(eventTimes(result.out), (std::vector<int64_t>{10, 500, 600}));

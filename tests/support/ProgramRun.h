@@ -31,14 +31,25 @@ class ProgramRun {
 
     std::filesystem::path path(const std::string& name) const { return mDirectory.path() / name; }
 
-    // `arguments` as for the shell; `input` is what comes on standard input; `temporary` is where
-    // the program keeps temporary files.
+    // `arguments` as for the shell; `input` is what standard input is redirected from; `temporary`
+    // is where the program keeps temporary files.
     Result run(const std::string& arguments, const std::string& input = "",
                const std::string& temporary = ".") const {
         write("stdin", input);
-        const std::string command = "cd '" + mDirectory.path().string() +
-                                    "' && { TMPDIR=" + temporary + " " + KESTREL_PROGRAM + " " +
-                                    arguments + "; } <stdin >stdout 2>stderr";
+        return runInShell("{ TMPDIR=" + temporary + " " + KESTREL_PROGRAM + " " + arguments +
+                          "; } <stdin");
+    }
+
+    // The same with an input that comes through a pipe.
+    Result runPiped(const std::string& arguments, const std::string& input) const {
+        write("stdin", input);
+        return runInShell("cat stdin | TMPDIR=. " KESTREL_PROGRAM " " + arguments);
+    }
+
+    // Within the directory.
+    Result runInShell(const std::string& words) const {
+        const std::string command =
+            "cd '" + mDirectory.path().string() + "' && { " + words + "; } >stdout 2>stderr";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read("stdout"), read("stderr")};
     }

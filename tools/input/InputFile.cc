@@ -64,39 +64,44 @@ FoundInputs readBenchmark(ByteSource& source, const InputOptions& options) {
 
 FoundInputs findInSource(ByteSource& source, const InputOptions& options, const Layers& layers);
 
-FoundInputs decompress(PeekedSource& source, std::string_view beginning,
-                       const InputOptions& options, Layers layers) {
+FoundInputs decompress(PeekedSource& source, const InputOptions& options, Layers layers) {
     if (std::exchange(layers.isDecompressed, true)) {
         throw NoInput(source.name(), "compressed more than once; decompress it first");
     }
-    DecompressedSource content(source, beginning);
+    DecompressedSource content(source, source.peek(KS_TELLING_SIZE));
     return findInSource(content, options, layers);
 }
 
-FoundInputs decode(PeekedSource& source, std::string_view beginning, const InputOptions& options,
-                   Layers layers) {
+FoundInputs decode(PeekedSource& source, const InputOptions& options, Layers layers) {
     layers.encoding = "UTF-16";
-    Utf16Source text(source, encodingOf(beginning));
+    Utf16Source text(source, encodingOf(source.peek(KS_TELLING_SIZE)));
     return findInSource(text, options, layers);
+}
+
+// What says nothing is a trace without objects, where traces are taken: import can print one.
+InputKind kindFor(const InputOptions& options, std::string_view beginning) {
+    return options.takesTraces && options.takesEmpty && saysNothing(beginning)
+               ? InputKind::eventTrace
+               : inputKindOf(beginning);
 }
 
 FoundInputs findInSource(ByteSource& source, const InputOptions& options, const Layers& layers) {
     PeekedSource ahead(source);
     const std::string_view beginning = ahead.peek(KS_TELLING_SIZE);
+    const InputKind kind = kindFor(options, beginning);
     if (beginning.starts_with(KS_UTF8_MARK)) {
         ahead.skip(KS_UTF8_MARK.size());
-        return findInSource(ahead, options, layers);
     }
-    switch (inputKindOf(beginning)) {
+    switch (kind) {
         case InputKind::archive:
             throw NoInput(ahead.name(), layers.isDecompressed
                                             ? "an archive that is compressed as a whole is not read; "
                                               "decompress it first"
                                             : "an archive inside another is not read; unpack it");
         case InputKind::compressed:
-            return decompress(ahead, beginning, options, layers);
+            return decompress(ahead, options, layers);
         case InputKind::utf16Text:
-            return decode(ahead, beginning, options, layers);
+            return decode(ahead, options, layers);
         case InputKind::eventTrace:
             return readTrace(ahead, options);
         case InputKind::logExport:
@@ -117,7 +122,8 @@ FoundInputs findInSource(ByteSource& source, const InputOptions& options, const 
     return only(ahead.name(), readLogFile(ahead, layers.encoding));
 }
 
-// The inputs of several files; one that is none is passed over, unless all are.
+// The inputs of several files and behind them, so that they decide nothing, the files that are
+// none, which are passed over unless all are.
 class Collection {
  public:
     void add(const std::string& name, const std::function<FoundInputs()>& find) {
@@ -126,23 +132,33 @@ class Collection {
             mIsAny = true;
         } catch (const NoInput& none) {
             mFirstWhy = mFirstWhy.empty() ? name + ": " + none.why() : mFirstWhy;
-            append(mFound, passedOver(name, none.why()));
+            append(mPassedOver, passedOver(name, none.why()));
         }
     }
+
+    void sortByName() { std::ranges::stable_sort(mFound, {}, &FoundInput::name); }
 
     FoundInputs take(const std::string& name, const std::string& what) && {
         if (!mIsAny) {
             throw NoInput(name, what + " in which no file is an input" +
                                     (mFirstWhy.empty() ? "" : "; " + mFirstWhy));
         }
+        append(mFound, std::move(mPassedOver));
         return std::move(mFound);
     }
 
  private:
     FoundInputs mFound;
+    FoundInputs mPassedOver;
     bool mIsAny = false;
     std::string mFirstWhy;
 };
+
+// Of a file among others, which would be a strange trace if it were empty.
+InputOptions ofPart(InputOptions options) {
+    options.takesEmpty = false;
+    return options;
+}
 
 // A bug report's text, or all inputs of another archive in the order of their names.
 FoundInputs findInArchive(FileSource& archive, const InputOptions& options) {
@@ -157,19 +173,18 @@ FoundInputs findInArchive(FileSource& archive, const InputOptions& options) {
             if (!member.obstacle.empty()) {
                 throw NoInput(content.name(), member.obstacle);
             }
-            return findInSource(content, options, {});
+            return findInSource(content, ofPart(options), {});
         });
     });
-    FoundInputs found = std::move(collection).take(archive.name(), "an archive");
-    std::ranges::stable_sort(found, {}, &FoundInput::name);
-    return found;
+    collection.sortByName();
+    return std::move(collection).take(archive.name(), "an archive");
 }
 
 FoundInputs findInFolder(const std::string& folder, const InputOptions& options,
                          ReadObserver* observer) {
     Collection collection;
     for (const std::string& name : filesIn(folder)) {
-        collection.add(name, [&] { return findInputs(name, options, observer); });
+        collection.add(name, [&] { return findInputs(name, ofPart(options), observer); });
     }
     return std::move(collection).take(folder, "a folder");
 }

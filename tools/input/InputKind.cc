@@ -24,6 +24,10 @@ std::string_view withoutLeadingBlanks(std::string_view text) {
     return text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
 }
 
+std::string_view withoutMark(std::string_view text) {
+    return text.substr(text.starts_with(KS_UTF8_MARK) ? KS_UTF8_MARK.size() : 0);
+}
+
 // From the first line that says something on.
 std::string_view fromFirstLine(std::string_view text) {
     std::string_view rest = text;
@@ -45,9 +49,27 @@ InputKind kindOfJson(std::string_view text) {
     return InputKind::eventTrace;
 }
 
-// Whether a first line, up to its end, is all of an object.
-bool isObject(std::string_view line) {
-    return nlohmann::json::accept(line.begin(), line.end());
+// Whether the object in a first line goes on in the next one: it may be another kind of document.
+bool goesOn(std::string_view line) {
+    const std::size_t last = line.find_last_not_of(" \t\r");
+    return std::string_view("{[,:").find(line[last]) != std::string_view::npos &&
+           !nlohmann::json::accept(line.begin(), line.end());
+}
+
+// Whether more bytes may show that what has a first line is no text: an archive is known by what
+// stands 262 bytes behind its beginning, and a binary trace can begin with an empty line.
+bool mayBeBinary(std::string_view arrived, InputKind kind) {
+    constexpr std::size_t KS_TELLING_BINARY = 512;
+    return (kind == InputKind::logText || kind == InputKind::utf16Text) &&
+           arrived.size() < KS_TELLING_BINARY &&
+           (arrived.starts_with('\n') || arrived.starts_with("BZh") ||
+            arrived.find('\0') != std::string_view::npos);
+}
+
+// The head of a bug report has two lines.
+bool mayBeHeadOfReport(std::string_view line, std::string_view rest, InputKind kind) {
+    return kind == InputKind::logText && line.starts_with("=====") &&
+           rest.find('\n') == std::string_view::npos;
 }
 
 struct Signature {
@@ -60,7 +82,9 @@ constexpr std::array<Signature, 9> KS_SIGNATURES{{
     {"\x89PNG", "a picture"},
     {"\xFF\xD8\xFF", "a picture"},
     {"%PDF-", "a PDF document"},
-    {"\x7F" "ELF", "a program or library"},
+    {"\x7F"
+     "ELF",
+     "a program or library"},
     {"SQLite format 3", "an SQLite database; `inspect --root` reads those of the feature"},
     {"dex\n", "an app's code"},
     {"Rar!", "a RAR archive, which is not read; a zip is"},
@@ -69,7 +93,7 @@ constexpr std::array<Signature, 9> KS_SIGNATURES{{
 }};
 
 std::string whatItIs(std::string_view beginning) {
-    if (withoutLeadingBlanks(beginning).empty()) {
+    if (withoutLeadingBlanks(withoutMark(beginning)).empty()) {
         return "it is empty";
     }
     for (const Signature& signature : KS_SIGNATURES) {
@@ -96,9 +120,7 @@ InputKind inputKindOf(std::string_view beginning) {
     if (looksLikePerfettoTrace(beginning)) {
         return InputKind::perfettoTrace;
     }
-    if (beginning.starts_with(KS_UTF8_MARK)) {
-        beginning.remove_prefix(KS_UTF8_MARK.size());
-    }
+    beginning = withoutMark(beginning);
     if (looksLikeFtrace(beginning)) {
         return InputKind::ftrace;
     }
@@ -115,30 +137,25 @@ InputKind inputKindOf(std::string_view beginning) {
 }
 
 std::optional<InputKind> arrivingKindOf(std::string_view arrived) {
-    constexpr std::size_t KS_LONGEST_SIGNATURE = 6;
     if (arrived.size() >= KS_TELLING_SIZE) {
         return inputKindOf(arrived);
     }
-    const std::string_view text = fromFirstLine(arrived);
+    const std::string_view text = fromFirstLine(withoutMark(arrived));
     const std::size_t lineEnd = text.find('\n');
-    if (arrived.size() < KS_LONGEST_SIGNATURE || lineEnd == std::string_view::npos) {
+    if (lineEnd == std::string_view::npos) {
         return std::nullopt;
     }
     const InputKind kind = inputKindOf(arrived);
-    std::string_view line = text.substr(0, lineEnd);
-    if (kind == InputKind::eventTrace) {
-        // An object that goes on in the next line may be another kind of document.
-        const std::size_t last = line.find_last_not_of(" \t\r");
-        const bool goesOn = std::string_view("{[,:").find(line[last]) != std::string_view::npos;
-        return goesOn && !isObject(line) ? std::nullopt : std::optional(kind);
-    }
-    // The head of a bug report has two lines; what begins with an empty line may be a binary trace.
-    const bool mayGoOn = line.starts_with("=====") || arrived.starts_with('\n');
-    constexpr std::size_t KS_HEAD_SIZE = 200;
-    if (kind == InputKind::logText && mayGoOn && arrived.size() < KS_HEAD_SIZE) {
-        return std::nullopt;
-    }
-    return kind;
+    const std::string_view line = text.substr(0, lineEnd);
+    const bool isUndecided =
+        kind == InputKind::eventTrace
+            ? goesOn(line)
+            : mayBeBinary(arrived, kind) || mayBeHeadOfReport(line, text.substr(lineEnd + 1), kind);
+    return isUndecided ? std::nullopt : std::optional(kind);
+}
+
+bool saysNothing(std::string_view beginning) {
+    return fromFirstLine(withoutMark(beginning)).empty();
 }
 
 bool isSkippedTraceLine(std::string_view line) {

@@ -14,6 +14,7 @@ namespace kestrel {
 // What a command wants of its inputs.
 struct InputOptions {
     bool takesTraces = true;               // event traces too
+    bool takesEmpty = true;                // as a trace without objects, where traces are taken
     std::optional<std::string> package{};  // of benchmark results, which do not say it
 };
 
@@ -39,6 +40,9 @@ InputKind inputKindOf(std::string_view beginning);
 
 // The same by the bytes that have arrived so far; nothing as long as more may tell otherwise.
 std::optional<InputKind> arrivingKindOf(std::string_view arrived);
+
+// Whether there is nothing in it but blank lines and comments, with which a trace can begin.
+bool saysNothing(std::string_view beginning);
 
 // Whether a line of a trace says nothing: blank, or a comment.
 bool isSkippedTraceLine(std::string_view line);

@@ -8,7 +8,9 @@
 #include <string>
 #include <utility>
 
+#include "tools/base/InputError.h"
 #include "tools/base/Interruption.h"
+#include "tools/base/LineReader.h"
 #include "tools/base/StandardInput.h"
 #include "tools/base/Utf16Source.h"
 #include "tools/input/EventTrace.h"
@@ -41,6 +43,13 @@ struct LiveLines {
     }
 };
 
+std::optional<TraceObject> readLine(EventTraceReader& reader, const LiveLines& lines) {
+    if (lines.line.size() >= LineReader::KS_MAX_LINE) {
+        throw InputError(LIVE_INPUT, lines.number, "the line is too long");
+    }
+    return reader.readLine(lines.line, lines.number);
+}
+
 class LiveTrace : public CheckedInput {
  public:
     LiveTrace(LiveLines lines, EventTraceReader reader, std::optional<TraceObject> first)
@@ -49,7 +58,7 @@ class LiveTrace : public CheckedInput {
     std::optional<TraceObject> next() override {
         std::optional<TraceObject> object = std::exchange(mFirst, std::nullopt);
         while (!object && mLines.read()) {
-            object = mReader.readLine(mLines.line, mLines.number);
+            object = readLine(mReader, mLines);
         }
         if (object) {
             mSummary.firstT = mSummary.firstT.value_or(object->t);
@@ -77,7 +86,7 @@ class LiveTrace : public CheckedInput {
 class RecognisedLiveTrace : public RecognisedInput {
  public:
     explicit RecognisedLiveTrace(LiveLines lines)
-        : mLines(std::move(lines)), mFirst(mReader.readLine(mLines.line, mLines.number)) {}
+        : mLines(std::move(lines)), mFirst(readLine(mReader, mLines)) {}
 
     const std::optional<HostSetup>& setup() const override { return mReader.setup(); }
 
@@ -94,8 +103,10 @@ class RecognisedLiveTrace : public RecognisedInput {
 
 class LiveLog : public CheckedInput {
  public:
-    LiveLog(LiveLines lines, const HostSetup& setup)
-        : mLines(std::move(lines)), mImporter(importSettings(setup)) {
+    LiveLog(LiveLines lines, std::string beginning, const HostSetup& setup)
+        : mLines(std::move(lines)),
+          mBeginning(std::move(beginning)),
+          mImporter(importSettings(setup)) {
         importLine();
     }
 
@@ -133,16 +144,13 @@ class LiveLog : public CheckedInput {
 
  private:
     void importLine() {
-        if (mLines.number <= 1) {
-            mBeginning = mLines.line;
-        }
         const LogEntry entry = mReader.read(mLines.line);
         mStatistics.add(entry, mLines.number);
         mImporter.play(entry, mLines.number, mWaiting);
     }
 
     LiveLines mLines;
-    std::string mBeginning;  // the first line
+    std::string mBeginning;  // by which it was recognised
     AndroidLogReader mReader;
     LogStatistics mStatistics;
     AndroidLogImporter mImporter;
@@ -152,16 +160,18 @@ class LiveLog : public CheckedInput {
 
 class RecognisedLiveLog : public RecognisedInput {
  public:
-    explicit RecognisedLiveLog(LiveLines lines) : mLines(std::move(lines)) {}
+    RecognisedLiveLog(LiveLines lines, std::string beginning)
+        : mLines(std::move(lines)), mBeginning(std::move(beginning)) {}
 
     const std::optional<HostSetup>& setup() const override { return mNoSetup; }
 
     std::unique_ptr<CheckedInput> check(const HostSetup& setup) && override {
-        return std::make_unique<LiveLog>(std::move(mLines), setup);
+        return std::make_unique<LiveLog>(std::move(mLines), std::move(mBeginning), setup);
     }
 
  private:
     LiveLines mLines;
+    std::string mBeginning;
     std::optional<HostSetup> mNoSetup;
 };
 
@@ -190,20 +200,23 @@ FoundInputs findInStandardFile(const InputOptions& options, ReadObserver* observ
 
 FoundInputs findLive(const InputOptions& options) {
     LiveLines lines;
-    std::optional<InputKind> kind;
-    while (!(kind = arrivingKindOf(lines.input->ahead())) && lines.input->receive()) {
+    std::optional<InputKind> told;
+    while (!(told = arrivingKindOf(lines.input->ahead())) && lines.input->receive()) {
     }
+    std::string beginning(lines.input->ahead());
+    const InputKind kind = told.value_or(inputKindOf(beginning));
+    const bool isRead = kind != InputKind::eventTrace && kind != InputKind::logText;
+    const auto all = isRead ? spooled(*lines.input, LIVE_INPUT) : nullptr;
     if (wasInterrupted()) {
-        return only(std::make_unique<RecognisedLiveLog>(std::move(lines)));
+        return only(std::make_unique<RecognisedLiveLog>(std::move(lines), std::move(beginning)));
     }
-    const InputKind all = kind.value_or(inputKindOf(lines.input->ahead()));
-    if (all != InputKind::eventTrace && all != InputKind::logText) {
-        return findInputs(*spooled(*lines.input, LIVE_INPUT), options);
+    if (isRead) {
+        return findInputs(*all, options);
     }
     while (lines.read() && isSkippedTraceLine(lines.line)) {
     }
-    if (all == InputKind::logText && !(lines.line.empty() && options.takesTraces)) {
-        return only(std::make_unique<RecognisedLiveLog>(std::move(lines)));
+    if (kind == InputKind::logText && !(options.takesTraces && saysNothing(beginning))) {
+        return only(std::make_unique<RecognisedLiveLog>(std::move(lines), std::move(beginning)));
     }
     if (!options.takesTraces) {
         throw NoInput(LIVE_INPUT, "an event trace, which is what import prints");

@@ -80,7 +80,7 @@ void BugReport::readLine(std::string_view line, std::size_t number) {
 }
 
 void BugReport::readOther(std::string_view line) {
-    if (isStartInfoHead(line)) {
+    if (isStartInfoHead(line) && !mSawStartInfo) {
         mSection = Section::startInfo;
         mSawStartInfo = true;
     } else if (line.starts_with(KS_HEAD) || line.starts_with("Android SDK version: ")) {
@@ -125,8 +125,9 @@ FoundInputs BugReport::take(const std::string& name) && {
     }
     if (mSawStartInfo) {
         ImportedInput starts = mStartInfo.take();
-        leaveOutToldTwice(starts, mLastLog);
+        // The newest starts are those of this boot.
         leaveOutToldTwice(starts, mLog);
+        leaveOutToldTwice(starts, mLastLog);
         starts.summary.androidRelease = mRelease;
         found.push_back({name, recognised(std::move(starts))});
     }
