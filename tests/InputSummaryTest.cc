@@ -42,6 +42,7 @@ TEST(InputSummaryTest, ACleanInputGetsOneLine) {
               "launches.log: Android log (threadtime), 4711 lines, 11-22 00:00:00.000 to 11-24 "
               "00:00:00.001, Android 7.0: 20 starts, 17 launches, 17 first frames\n");
     EXPECT_EQ(printed({.name = "-",
+                       .kind = SourceKind::eventTrace,
                        .units = 2,
                        .firstT = 10,
                        .lastT = 500,
@@ -181,7 +182,8 @@ TEST(InputSummaryTest, WhatIsMissingIsSaidWithTheRemedy) {
 
 TEST(InputSummaryTest, ProgramsGetTheSameAsAnObject) {
     EXPECT_EQ(toText(toJson({clean()}, RemovalPolicy::forget)),
-              R"([{"name":"launches.log","kind":"androidLog","format":"threadtime","unit":"line",)"
+              R"([{"name":"launches.log","kind":"androidLog","format":"threadtime",)"
+              R"("encoding":null,"unit":"line",)"
               R"("units":4711,"clock":"yearless","from":"11-22 00:00:00.000",)"
               R"("to":"11-24 00:00:00.001","androidRelease":"7.0","starts":20,"launches":17,)"
               R"("firstFrames":17,"withoutFirstFrame":0,"appSwitches":9,"removals":0,)"

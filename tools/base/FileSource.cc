@@ -115,7 +115,8 @@ void FileSource::seek(std::size_t position) {
 }
 
 void FileSource::fail(int error) const {
-    throw InputError(mName + ": " + std::strerror(error));
+    const std::string what = mName == "-" ? "standard input cannot be read" : mName;
+    throw InputError(what + ": " + std::strerror(error));
 }
 
 std::unique_ptr<FileSource> spooled(ByteSource& rest, const std::string& name) {

@@ -13,6 +13,7 @@ std::optional<std::string_view> LineReader::next() {
     if (end == std::string_view::npos) {
         return longLine();
     }
+    mIsWhole = true;
     const std::string_view line = mBlock.substr(0, end);
     mBlock.remove_prefix(end + 1);
     return line.substr(0, KS_MAX_LINE);
@@ -27,6 +28,7 @@ std::string_view LineReader::longLine() {
         end = mBlock.find('\n');
     } while (!mBlock.empty() && end == std::string_view::npos);
     keep(mBlock.substr(0, end));
+    mIsWhole = end != std::string_view::npos;
     mBlock.remove_prefix(std::min(end, mBlock.size()) + (mBlock.empty() ? 0 : 1));
     return mLong;
 }

@@ -21,6 +21,9 @@ class LineReader {
     // The next line without its line end, valid until the next call; the last one may lack it.
     std::optional<std::string_view> next();
 
+    // Whether that line had its line end.
+    bool isWhole() const { return mIsWhole; }
+
     // What is at hand behind that line, from the beginning of the next one on; valid as long.
     std::string_view block() const { return mBlock; }
 
@@ -41,6 +44,7 @@ class LineReader {
     std::string_view mBlock;  // of the source, what has not been handed out
     std::string mLong;        // a line that reaches over the end of a block
     std::size_t mNumber = 0;
+    bool mIsWhole = false;
 };
 
 }  // namespace kestrel

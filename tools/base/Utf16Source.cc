@@ -106,9 +106,6 @@ void Utf16Source::finish() {
     if (mHighSurrogate != 0) {
         appendUtf8(mText, NO_CHARACTER);
     }
-    if (mHalf) {
-        appendUtf8(mText, NO_CHARACTER);
-    }
 }
 
 // How many units at the beginning of the block are ASCII.

@@ -17,8 +17,8 @@ enum class TextEncoding { utf8, utf8WithMark, utf16le, utf16be };
 // first 50 bytes is zero and no other, else UTF-8.
 TextEncoding encodingOf(std::string_view beginning);
 
-// A text in UTF-16, without the mark at its beginning, as UTF-8. What is no character (half a pair,
-// half a unit at the end) becomes U+FFFD.
+// A text in UTF-16, without the mark at its beginning, as UTF-8. Half a pair becomes U+FFFD;
+// half a unit at the end, where a file was cut, is dropped.
 // Ownership: borrows the source.
 class Utf16Source : public ByteSource {
  public:

@@ -8,10 +8,12 @@
 #include <string>
 #include <utility>
 
+#include "tools/base/FileSource.h"
 #include "tools/base/InputError.h"
 #include "tools/base/Interruption.h"
 #include "tools/base/LineReader.h"
-#include "tools/base/StandardInput.h"
+#include "tools/base/OpenFile.h"
+#include "tools/base/PeekedSource.h"
 #include "tools/base/Utf16Source.h"
 #include "tools/input/EventTrace.h"
 #include "tools/input/InputFile.h"
@@ -23,24 +25,67 @@ namespace kestrel {
 
 namespace {
 
+OpenFile openStandardInput() {
+    return OpenFile(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+}
+
+// What arrives on standard input; text is decoded as it does.
+class ArrivingText {
+ public:
+    // What has arrived, to be looked at; nothing has been read yet.
+    std::string_view ahead() { return text().peek(1); }
+
+    // Waits for more of that. False: there is no more, or the user wants none.
+    bool receive() {
+        const std::size_t size = ahead().size();
+        return text().peek(size + 1).size() > size;
+    }
+
+    // REQUIRES: one of UTF-16.
+    void decode(TextEncoding encoding) { mText.emplace(mDecoded.emplace(mBytes, encoding)); }
+
+    PeekedSource& text() { return mText ? *mText : mBytes; }
+
+ private:
+    FileSource mFile{openStandardInput(), LIVE_INPUT};
+    PeekedSource mBytes{mFile};
+    std::optional<Utf16Source> mDecoded;
+    std::optional<PeekedSource> mText;
+};
+
 // The lines as they arrive, and the last one of them.
-struct LiveLines {
-    std::unique_ptr<StandardInput> input = std::make_unique<StandardInput>();
+class LiveLines {
+ public:
+    explicit LiveLines(std::unique_ptr<ArrivingText> text)
+        : mText(std::move(text)), mLines(std::make_unique<LineReader>(mText->text())) {}
+
     std::string line;
     std::size_t number = 0;
 
-    // False: there is no other, or the user wants no more; the line is empty then.
+    // False: there is no other, or the user wants no more; the line is empty then. One that an
+    // interruption cut off is none.
     bool read() {
-        if (!input->readLine(line)) {
+        const auto next = mLines->next();
+        if (!next || (wasInterrupted() && !mLines->isWhole())) {
             line.clear();
+            mIsAtEnd = !wasInterrupted();
             return false;
         }
-        ++number;
+        line = *next;
+        number = mLines->number();
         if (number == 1 && line.starts_with(KS_UTF8_MARK)) {
             line.erase(0, KS_UTF8_MARK.size());
         }
         return true;
     }
+
+    // Whether the end has been met.
+    bool isAtEnd() const { return mIsAtEnd; }
+
+ private:
+    std::unique_ptr<ArrivingText> mText;
+    std::unique_ptr<LineReader> mLines;
+    bool mIsAtEnd = false;
 };
 
 std::optional<TraceObject> readLine(EventTraceReader& reader, const LiveLines& lines) {
@@ -74,7 +119,7 @@ class LiveTrace : public CheckedInput {
         return summary;
     }
 
-    bool isAtEnd() const override { return !mFirst && mLines.input->isAtEnd(); }
+    bool isAtEnd() const override { return !mFirst && mLines.isAtEnd(); }
 
  private:
     LiveLines mLines;
@@ -126,7 +171,7 @@ class LiveLog : public CheckedInput {
         return object;
     }
 
-    bool isAtEnd() const override { return mWaiting.empty() && mLines.input->isAtEnd(); }
+    bool isAtEnd() const override { return mWaiting.empty() && mLines.isAtEnd(); }
 
     InputSummary summary() const override {
         InputSummary summary = mCounts;
@@ -175,8 +220,12 @@ class RecognisedLiveLog : public RecognisedInput {
     std::optional<HostSetup> mNoSetup;
 };
 
-OpenFile openStandardInput() {
-    return OpenFile(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+// Waits for as much as tells the kind.
+InputKind arrivedKind(ArrivingText& text) {
+    std::optional<InputKind> told;
+    while (!(told = arrivingKindOf(text.ahead())) && text.receive()) {
+    }
+    return told.value_or(inputKindOf(text.ahead()));
 }
 
 FoundInputs only(std::unique_ptr<RecognisedInput> input) {
@@ -199,14 +248,16 @@ FoundInputs findInStandardFile(const InputOptions& options, ReadObserver* observ
 }
 
 FoundInputs findLive(const InputOptions& options) {
-    LiveLines lines;
-    std::optional<InputKind> told;
-    while (!(told = arrivingKindOf(lines.input->ahead())) && lines.input->receive()) {
+    auto text = std::make_unique<ArrivingText>();
+    InputKind kind = arrivedKind(*text);
+    if (kind == InputKind::utf16Text) {
+        text->decode(encodingOf(text->ahead()));
+        kind = arrivedKind(*text);
     }
-    std::string beginning(lines.input->ahead());
-    const InputKind kind = told.value_or(inputKindOf(beginning));
+    std::string beginning(text->ahead().substr(0, KS_TELLING_SIZE));
     const bool isRead = kind != InputKind::eventTrace && kind != InputKind::logText;
-    const auto all = isRead ? spooled(*lines.input, LIVE_INPUT) : nullptr;
+    const auto all = isRead ? spooled(text->text(), LIVE_INPUT) : nullptr;
+    LiveLines lines(std::move(text));
     if (wasInterrupted()) {
         return only(std::make_unique<RecognisedLiveLog>(std::move(lines), std::move(beginning)));
     }

@@ -38,11 +38,13 @@ InputSummary summaryOf(SourceKind kind, const std::string& release) {
 }  // namespace
 
 bool looksLikeBugReport(std::string_view beginning) {
-    std::string_view line = takeLine(beginning);
-    while (trimmed(line).empty() && !beginning.empty()) {
-        line = takeLine(beginning);
+    constexpr int KS_LINES_BEFORE_HEAD = 10;  // a user can have put something there
+    for (int i = 0; i <= KS_LINES_BEFORE_HEAD && !beginning.empty(); ++i) {
+        if (takeLine(beginning).starts_with(KS_HEAD)) {
+            return true;
+        }
     }
-    return line.starts_with("=====") && beginning.starts_with(KS_HEAD);
+    return false;
 }
 
 void BugReport::readLine(std::string_view line, std::size_t number) {
@@ -104,8 +106,7 @@ void BugReport::readHead(std::string_view line) {
 BugReport::Section BugReport::sectionOf(std::string_view title) {
     if (title == "SYSTEM LOG") {
         mLog.beginSection();
-        return std::exchange(mSawSystemLog, true) ? Section::repeatedSystemLog
-                                                  : Section::systemLog;
+        return std::exchange(mSawSystemLog, true) ? Section::repeatedSystemLog : Section::systemLog;
     }
     if (title == "EVENT LOG") {
         mLog.beginSection();
@@ -140,9 +141,10 @@ FoundInputs BugReport::take(const std::string& name) && {
             {name, recognised(std::move(mLog), summaryOf(SourceKind::bugReport, mRelease))});
     }
     if (found.empty()) {
-        throw NoInput(name,
-                      "a bug report without log lines in SYSTEM LOG and EVENT LOG: it may be one of "
-                      "telephony or Wi-Fi; take a full one with adb bugreport");
+        throw NoInput(
+            name,
+            "a bug report without log lines in SYSTEM LOG and EVENT LOG: it may be one of "
+            "telephony or Wi-Fi; take a full one with adb bugreport");
     }
     return found;
 }

@@ -79,17 +79,24 @@ void AndroidLog::addMessage(int64_t us, std::string_view tag, std::string_view t
 
 void AndroidLog::add(const LogEntry& entry, std::size_t number) {
     mStatistics.add(entry, number);
-    if (entry.isMainHead) {
-        mAwaitsMain = true;
-    }
     if (entry.isLogLine && mLinesAreRaw) {
-        mLines.clear();
-        mLinesAreRaw = false;
+        forgetRawLines();
     }
-    if (entry.isLogLine || entry.isRawText) {
+    mLinesAreRaw = mLinesAreRaw || entry.isRawLine;
+    mAwaitsMain = mAwaitsMain || entry.isMainHead;
+    if (entry.isLogLine || entry.isRawLine) {
         placeLine(entry.time, number);
     }
     keep(entry, number);
+}
+
+// The log is in another format: what stood before its first line was none.
+void AndroidLog::forgetRawLines() {
+    mLines.clear();
+    mLinesAreRaw = false;
+    mFirst.reset();
+    mAwaitsMain = mAwaitsMain || mMainHead;
+    mMainHead.reset();
 }
 
 void AndroidLog::placeLine(const std::optional<LogTime>& time, std::size_t number) {
@@ -106,7 +113,6 @@ void AndroidLog::keep(const LogEntry& entry, std::size_t number) {
     if (std::holds_alternative<std::monostate>(entry.launch)) {
         return;
     }
-    mLinesAreRaw = mLinesAreRaw || entry.isRawText;
     Line& line = mLines.emplace_back(entry, number);
     std::visit(
         [&](auto& launch) {

@@ -76,6 +76,7 @@ class AndroidLog {
 
     void passOver(const QuietLines::Run& run, LineReader& lines);
     void add(const LogEntry& entry, std::size_t number);
+    void forgetRawLines();
     void placeLine(const std::optional<LogTime>& time, std::size_t number);
     void keep(const LogEntry& entry, std::size_t number);
     bool hasStart() const;
@@ -89,7 +90,7 @@ class AndroidLog {
     QuietLines mQuiet;
     LogStatistics mStatistics;
     std::vector<Line> mLines;
-    bool mLinesAreRaw = false;                // all of mLines are in format raw
+    bool mLinesAreRaw = false;                // all so far are in format raw
     std::unordered_set<std::string> mNames;   // of packages
     std::unordered_set<std::string> mCopied;  // lines that may come again
     std::size_t mRepeated = 0;

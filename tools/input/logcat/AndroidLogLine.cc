@@ -24,7 +24,8 @@ bool isThread(std::string_view text) {
 
 // "[UID:]NUMBER[:NUMBER]) ", behind the bracket of formats process and thread.
 struct Owner {
-    size_t numbers = 0;
+    size_t numbers = 0;    // or a name in the place of the first
+    bool hasName = false;  // of the user
     bool isValid = false;
 };
 
@@ -34,6 +35,7 @@ Owner takeOwner(TextScanner& scanner) {
         scanner.skipBlanks();
         const std::string_view number = scanner.takeUntil(" :()");
         owner.isValid = isNumber(number);
+        owner.hasName = owner.hasName || !owner.isValid;
         ++owner.numbers;
     } while (scanner.take(":") && owner.numbers < 3);
     owner.isValid = owner.isValid && scanner.take(")");
@@ -89,7 +91,7 @@ std::optional<AndroidLogLine> untaggedLine(std::string_view line) {
                               .tag = withoutPadding(tag.substr(0, tag.size() - 1)),
                               .text = text.substr(0, bracket)};
     }
-    if (owner.numbers < 2) {
+    if (owner.numbers < 2 || (owner.numbers == 2 && owner.hasName)) {
         return std::nullopt;
     }
     return AndroidLogLine{.format = LogFormat::thread, .text = text, .hasTag = false};

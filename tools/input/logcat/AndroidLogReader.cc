@@ -125,6 +125,7 @@ LogEntry AndroidLogReader::otherLine(std::string_view line) {
         entry.launch = parseLaunchLine(mSource, line);
     } else if (!mFormat) {
         entry.launch = parseLaunchLine(LogSource::unknown, line);
+        entry.isRawLine = !entry.isBufferHead && !trimmed(line).empty();
         entry.isRawText = !std::holds_alternative<std::monostate>(entry.launch);
         mSawRaw = mSawRaw || entry.isRawText;
     }

@@ -31,9 +31,10 @@ struct LogEntry {
     std::optional<LogTime> time;  // of the line or, where it has none, of the latest that has one
     bool isTimed = false;         // has a time of its own
     bool isLogLine = false;       // or the head of an entry
-    bool isRawText = false;       // says something in format raw, which no other line may have
-    bool isMainHead = false;      // the next log line is the first of the buffer main
-    bool isBufferHead = false;    // of any buffer
+    bool isRawLine = false;  // stands where every line is one of format raw, unless another is none
+    bool isRawText = false;  // says something in format raw, which no other line may have
+    bool isMainHead = false;    // the next log line is the first of the buffer main
+    bool isBufferHead = false;  // of any buffer
 };
 
 // Reads the lines of one log in the order in which they stand there.

@@ -23,6 +23,11 @@ bool takeThread(TextScanner& scanner) {
     return true;
 }
 
+// Names that are too long for their column are cut in the middle.
+bool isCut(std::string_view tag) {
+    return tag.find("...") != std::string_view::npos;
+}
+
 // "P/TAG: TEXT" or, with the tag hidden, "P: TEXT".
 std::optional<AndroidLogLine> oldLine(std::string_view text) {
     if (text.size() < 2 || KS_PRIORITIES.find(text[0]) == std::string_view::npos) {
@@ -36,9 +41,11 @@ std::optional<AndroidLogLine> oldLine(std::string_view text) {
     if (text[1] != '/' || colon == std::string_view::npos) {
         return std::nullopt;
     }
+    const std::string_view tag = withoutPadding(text.substr(2, colon - 2));
     return AndroidLogLine{.format = LogFormat::oldLogWindow,
-                          .tag = withoutPadding(text.substr(2, colon - 2)),
-                          .text = textBehindColon(text, colon)};
+                          .tag = tag,
+                          .text = textBehindColon(text, colon),
+                          .hasTag = !isCut(tag)};
 }
 
 bool isSystemProcess(std::string_view word) {
@@ -66,8 +73,7 @@ std::optional<AndroidLogLine> newLine(std::string_view rest) {
     columns.skipBlanks();
     takeThread(columns);
     const std::string_view tag = columns.takeWord();
-    const bool hasTag =
-        !tag.empty() && tag.find("...") == std::string_view::npos && !isSystemProcess(tag);
+    const bool hasTag = !tag.empty() && !isCut(tag) && !isSystemProcess(tag);
     return AndroidLogLine{.format = LogFormat::logWindow,
                           .tag = tag,
                           .text = rest.substr(priority + 3),
