@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -65,7 +66,7 @@ class Folder {
 };
 
 // "T WHAT PACKAGE" of each event, with "NAME" before those of each input.
-Lines eventsOf(FoundInputs found, InputSummary* last = nullptr) {
+Lines eventsOf(FoundInputs found, std::vector<InputSummary>* summaries = nullptr) {
     Lines events;
     for (FoundInput& input : found) {
         events.push_back(std::filesystem::path(input.name).filename());
@@ -73,8 +74,8 @@ Lines eventsOf(FoundInputs found, InputSummary* last = nullptr) {
         while (const auto object = checked->next()) {
             events.push_back(nameOf(*object));
         }
-        if (last != nullptr) {
-            *last = checked->summary();
+        if (summaries != nullptr) {
+            summaries->push_back(checked->summary());
         }
     }
     return events;
@@ -195,14 +196,20 @@ TEST(InputFileTest, ABugReportIsThreeInputs) {
     const Lines all = joined({LAST_BOOT, HISTORY, REPORT});
     EXPECT_EQ(eventsIn(report), all);
     FileSource file(fileHolding(report), "in");
-    InputSummary summary;
-    eventsOf(findInputs(file, {}), &summary);
-    EXPECT_EQ(summary.kind, SourceKind::bugReport);
-    EXPECT_EQ(summary.androidRelease, "16");
-    EXPECT_EQ(summary.clock, (InputClock{InputClock::Kind::yearless, 2026}));
-    ASSERT_EQ(summary.notes.size(), 1U);
-    EXPECT_EQ(summary.notes[0].kind, InputNote::Kind::repeatedLines);
-    EXPECT_EQ(summary.notes[0].count, 2U);
+    std::vector<InputSummary> summaries;
+    eventsOf(findInputs(file, {}), &summaries);
+    ASSERT_EQ(summaries.size(), 3U);
+    EXPECT_EQ(summaries[0].units, 4U);
+    const InputClock clock{InputClock::Kind::yearless, 2026};
+    EXPECT_EQ(summaries[0].clock, clock);
+    EXPECT_EQ(summaries[2].clock, clock);
+    EXPECT_EQ(summaries[2].androidRelease, "16");
+    const auto countOf = [](const InputSummary& summary, InputNote::Kind kind) {
+        const auto note = std::ranges::find(summary.notes, kind, &InputNote::kind);
+        return note != summary.notes.end() ? note->count : 0;
+    };
+    EXPECT_EQ(countOf(summaries[1], InputNote::Kind::toldTwice), 3U);
+    EXPECT_EQ(countOf(summaries[2], InputNote::Kind::repeatedLines), 2U);
 
     const std::string end = "------ 0.218s was the duration of 'SYSTEM LOG' ------";
     EXPECT_EQ(eventsIn(replaced(report, end, "[logcat: 1.6s elapsed]")), all);

@@ -95,6 +95,15 @@ std::set<std::size_t> startsToldTwice(const TraceObjects& history, const TraceOb
     return starts;
 }
 
+// One for all logs of the report.
+InputNote& noteOf(InputSummary& summary) {
+    const auto note =
+        std::ranges::find(summary.notes, InputNote::Kind::toldTwice, &InputNote::kind);
+    return note != summary.notes.end()
+               ? *note
+               : summary.notes.emplace_back(InputNote{InputNote::Kind::toldTwice});
+}
+
 }  // namespace
 
 void leaveOutToldTwice(ImportedInput& history, AndroidLog& log) {
@@ -121,7 +130,7 @@ void leaveOutToldTwice(ImportedInput& history, AndroidLog& log) {
     }
     history.objects = std::move(kept);
     if (launches > 0) {
-        history.summary.notes.push_back({InputNote::Kind::toldTwice, launches});
+        noteOf(history.summary).count += launches;
     }
 }
 

@@ -15,7 +15,7 @@ constexpr int64_t KS_LONGEST_SILENCE_US = int64_t{30} * 24 * KS_HOUR_US;
 }  // namespace
 
 void LogStatistics::add(const LogEntry& entry, std::size_t number) {
-    mLines = std::max(mLines, number);
+    countLine(number);
     if (entry.isBufferHead) {
         beginSection();
     }
@@ -32,7 +32,7 @@ void LogStatistics::add(const LogEntry& entry, std::size_t number) {
 }
 
 void LogStatistics::addTime(const LogTime& time, std::size_t number) {
-    mLines = std::max(mLines, number);
+    countLine(number);
     if (mPrevious) {
         const int64_t stepUs = time.us - mPrevious->us;
         // One that goes back to about the log's beginning is where another buffer begins.
@@ -47,6 +47,12 @@ void LogStatistics::addTime(const LogTime& time, std::size_t number) {
     mPrevious = time;
     mFirst = mFirst ? std::min(*mFirst, time) : time;
     mLast = mLast ? std::max(*mLast, time) : time;
+}
+
+// A message of an export has one number for all its lines.
+void LogStatistics::countLine(std::size_t number) {
+    mLines += number != mLatest ? 1 : 0;
+    mLatest = number;
 }
 
 void LogStatistics::describe(InputSummary& summary) const {

@@ -31,7 +31,10 @@ class LogStatistics {
     void describe(InputSummary& summary) const;
 
  private:
+    void countLine(std::size_t number);
+
     std::size_t mLines = 0;
+    std::size_t mLatest = 0;  // the number of the latest line; 0: none
     std::optional<LogTime> mFirst;
     std::optional<LogTime> mLast;
     std::optional<LogTime> mPrevious;
