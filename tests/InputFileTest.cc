@@ -290,9 +290,8 @@ TEST(InputFileTest, OtherArchivesAndFoldersGiveAllThatTheyHold) {
 
 TEST(InputFileTest, WhatIsNoInputIsToldInASentence) {
     const std::string none =
-        "no line is one of an Android log (`adb logcat` in any format, a bug report), nor is "
-        "it an event trace, a log export of an IDE, a start-info dump, a Perfetto trace or a "
-        "benchmark result";
+        "what is read are Android logs, bug reports, event traces, log exports, start-info, "
+        "Perfetto and ftrace traces, and benchmark results";
     const std::string gzip = ArchiveMaker::compressed(LOG, ARCHIVE_FILTER_GZIP);
     const std::string zip = ArchiveMaker::zip({{"a.log", LOG}});
     const std::string noFile = "in: an archive in which no file is an input";
@@ -308,7 +307,7 @@ TEST(InputFileTest, WhatIsNoInputIsToldInASentence) {
     } cases[] = {
         {"empty", "", "in: it is empty; " + none, import},
         {"blank", MARK + "\n \r\n", "in: it is empty; " + none, import},
-        {"text", "\n\nhello\n", "in: " + none, import},
+        {"text", "\n\nhello\n", "in: no line of it is a log line; " + none, import},
         {"picture", "\x89PNG\r\n\x1a\n\0\0"s, "in: it is a picture; " + none},
         {"database", "SQLite format 3\0\x10\0"s,
          "in: it is an SQLite database; `inspect --root` reads those of the feature; " + none},
@@ -320,9 +319,9 @@ TEST(InputFileTest, WhatIsNoInputIsToldInASentence) {
         {"twice", ArchiveMaker::compressed(gzip, ARCHIVE_FILTER_XZ),
          "in: compressed more than once; decompress it first"},
         {"zip in zip", ArchiveMaker::zip({{"b.zip", zip}}),
-         noMember("b.zip", "an archive inside another file is not read; unpack it")},
+         noMember("b.zip", "an archive inside another is not read; unpack it")},
         {"tar.gz", ArchiveMaker::compressed(ArchiveMaker::tar({{"a", LOG}}), ARCHIVE_FILTER_GZIP),
-         "in: an archive inside another file is not read; unpack it"},
+         "in: an archive that is compressed as a whole is not read; decompress it first"},
         {"absolute", ArchiveMaker::zip({{"/a.log", LOG}}),
          noMember("/a.log", "its name leads out of the archive")},
         {"folder up", ArchiveMaker::zip({{"../a.log", LOG}}),

@@ -101,7 +101,7 @@ TEST_F(LinuxHostTest, ALaunchThatHasDrawnItsFirstFrameIsMeasuredAtTheEnd) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         fs::remove_all(mProgram.path("root"));
-        const auto result = mProgram.run("replay --json --root root -", c.events);
+        const auto result = mProgram.runPiped("replay --json --root root -", c.events);
         EXPECT_EQ(result.status, c.status) << result.err;
         const auto lines = splitLines(result.out);
         ASSERT_GE(lines.size(), 2U);

@@ -88,9 +88,9 @@ TEST_F(PipedInputTest, WhatIsNoInputIsToldAsOfAFile) {
         std::string content;
         const char* message;
     } cases[] = {
-        {"import", "", ": it is empty; no line is one of an Android log"},
-        {"import", "\n\nhello\n", ": no line is one of an Android log"},
-        {"replay", "\x89PNG\r\n\x1a\n", ": it is a picture; no line"},
+        {"import", "", ": it is empty; what is read are Android logs"},
+        {"import", "\n\nhello\n", ": no line of it is a log line; what is read"},
+        {"replay", "\x89PNG\r\n\x1a\n", ": it is a picture; what is read"},
         {"replay", std::string("SQLite format 3\0", 16), ": it is an SQLite database; "},
         {"import", Trace().launch("com.a", 10).str(), ": an event trace, which is what import"},
         {"evaluate", example("startup-benchmarkData.json"), ": benchmark results do not name the"},

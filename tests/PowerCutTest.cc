@@ -244,9 +244,11 @@ TEST_F(PowerCutTest, KilledAgainAndAgain) {
         }
         fs::remove(said);
         const std::size_t enough = random() % (all / 3);
+        // From a pipe, as it says each thing at once then.
         const std::string command = "cd '" + mProgram.path("").string() +
-                                    "' && exec " KESTREL_PROGRAM
-                                    " replay --json --root root - <story.jsonl >said.txt 2>&1";
+                                    "' && rm -f pipe && mkfifo pipe && { cat story.jsonl >pipe & } "
+                                    "&& exec " KESTREL_PROGRAM
+                                    " replay --json --root root - <pipe >said.txt 2>&1";
         const char* words[] = {"sh", "-c", command.c_str(), nullptr};
         pid_t child = 0;
         ASSERT_EQ(

@@ -39,10 +39,13 @@ InputSummary summaryOf(SourceKind kind, const std::string& release) {
 
 bool looksLikeBugReport(std::string_view beginning) {
     constexpr int KS_LINES_BEFORE_HEAD = 10;  // a user can have put something there
-    for (int i = 0; i <= KS_LINES_BEFORE_HEAD && !beginning.empty(); ++i) {
-        if (takeLine(beginning).starts_with(KS_HEAD)) {
+    int lines = 0;
+    while (lines <= KS_LINES_BEFORE_HEAD && !beginning.empty()) {
+        const std::string_view line = takeLine(beginning);
+        if (line.starts_with(KS_HEAD)) {
             return true;
         }
+        lines += line.find_first_not_of(" \t\r") == std::string_view::npos ? 0 : 1;
     }
     return false;
 }
