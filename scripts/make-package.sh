@@ -16,7 +16,12 @@ trap 'rm -rf "$work" "$archive.new"' EXIT
 stage=$work/$name
 
 # Whose code is in the program or beside it; the installation adds those of the report's page.
-LICENCES=(libc++1-19 libc++abi1-19 libunwind-19 libsqlite3-0 libcli11-dev nlohmann-json3-dev)
+LICENCES=(
+    libc++1-19 libc++abi1-19 libunwind-19 libsqlite3-0 libcli11-dev nlohmann-json3-dev
+    # libarchive and what it loads
+    libarchive13 zlib1g libzstd1 libacl1 libbz2-1.0 libicu72 liblz4-1 liblzma5 libnettle8 gcc-12-base
+    libxml2
+)
 
 compiler=(clang++-19 -std=c++20 -stdlib=libc++)
 sysroot=

@@ -11,7 +11,7 @@ PACKAGES=(
     libsqlite3-0 libsqlite3-dev libcli11-dev nlohmann-json3-dev googletest
     libarchive13 libarchive-dev zlib1g zlib1g-dev libzstd1 libzstd-dev
     # What libarchive loads.
-    libacl1 libbz2-1.0 libicu72 liblz4-1 liblzma5 libnettle8 libstdc++6 libxml2
+    libacl1 libbz2-1.0 libicu72 liblz4-1 liblzma5 libnettle8 libstdc++6 gcc-12-base libxml2
 )
 
 sysroot=$1

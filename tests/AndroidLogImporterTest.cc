@@ -117,7 +117,8 @@ TEST(AndroidLogImporter, ReadsFormatsWithoutTime) {
     } cases[] = {
         {"tag", {"I/ActivityManager: " + text}, {"1000 launch com.a"}},
         {"a tag with a bracket in the text",
-         {"I/ActivityManager: " + start("com.b(7): x/y com.a"), "I/Other: " + text}, {}},
+         {"I/ActivityManager: " + start("com.b(7): x/y com.a"), "I/Other: " + text},
+         {}},
         {"process", {"I(  7) " + text + "  (ActivityManager)"}, {"1000 launch com.a"}},
         {"process with a user", {"I( root:  7) " + text + "  (Other)"}, {}},
         {"thread", {"I(  7:    8) " + text}, {"1000 launch com.a"}},
@@ -505,10 +506,10 @@ TEST(AndroidLogImporter, TellsLaunchesFromFramesWhereThereAreNoStarts) {
     Lines withStart = frames;
     withStart.push_back(at("09.000", start("com.x") + " result code=102"));
     EXPECT_EQ(imported(joined(withStart)), Lines{});
-    EXPECT_EQ(imported(joined({brief("Displayed com.a/.Main: +1s (total +2s)"),
-                               brief("Displayed com.b/.Main: +1s")})),
-              (Lines{"1000 launch com.a", "3000 frame com.a", "4000 launch com.b",
-                     "5000 frame com.b"}));
+    EXPECT_EQ(
+        imported(joined({brief("Displayed com.a/.Main: +1s (total +2s)"),
+                         brief("Displayed com.b/.Main: +1s")})),
+        (Lines{"1000 launch com.a", "3000 frame com.a", "4000 launch com.b", "5000 frame com.b"}));
 }
 
 TEST(AndroidLogImporter, SurvivesLongLines) {

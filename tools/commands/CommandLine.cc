@@ -110,7 +110,9 @@ void CommandLine::addReplay() {
 void CommandLine::addImport() {
     CLI::App& command =
         add("import", "Print Android logs as an event trace", [this] { importLogs(mImport); });
-    command.add_option("LOG", mImport.logs, "As INPUT of replay, without event traces; - is stdin")->required()->type_name("");
+    command.add_option("LOG", mImport.logs, "As INPUT of replay, without event traces; - is stdin")
+        ->required()
+        ->type_name("");
     addHost(command, mImport.hostFile);
     addPackage(command, mImport.package);
     addQuiet(command, mImport.quiet);

@@ -8,8 +8,7 @@ namespace kestrel {
 
 void evaluate(const EvaluateOptions& options) {
     ProgressLine progress(!options.quiet);
-    InputSequence inputs(options.inputs, options.hostFile, {.package = options.package},
-                         &progress);
+    InputSequence inputs(options.inputs, options.hostFile, {.package = options.package}, &progress);
     std::ostringstream text;
     playEvaluation(options, inputs, text, progress,
                    [&](const Evaluation& evaluation, const EvaluationSubject& subject,

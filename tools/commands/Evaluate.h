@@ -11,7 +11,7 @@ struct EvaluateOptions {
     std::vector<std::string> inputs;
     std::optional<std::string> hostFile;  // none: what the inputs say
     bool json = false;                    // evaluate: one JSON object instead of tables
-    std::optional<std::string> package;  // of benchmark results
+    std::optional<std::string> package;   // of benchmark results
     bool quiet = false;
     std::string out;  // report: the page
 };

@@ -10,7 +10,7 @@ namespace kestrel {
 struct ImportOptions {
     std::vector<std::string> logs;
     std::optional<std::string> hostFile;  // none: what the inputs say
-    std::optional<std::string> package;  // of benchmark results
+    std::optional<std::string> package;   // of benchmark results
     bool quiet = false;
 };
 

@@ -45,8 +45,7 @@ class CloseInTheEnd : public SessionObserver {
 
 void replay(const ReplayOptions& options) {
     ProgressLine progress(!options.quiet);
-    InputSequence inputs(options.inputs, options.hostFile, {.package = options.package},
-                         &progress);
+    InputSequence inputs(options.inputs, options.hostFile, {.package = options.package}, &progress);
     catchInterruptions();  // so far there is nothing to put in order
     std::ostringstream text;
     RecordStream records(text);

@@ -7,8 +7,7 @@ namespace kestrel {
 
 void writeReport(const EvaluateOptions& options) {
     ProgressLine progress(!options.quiet);
-    InputSequence inputs(options.inputs, options.hostFile, {.package = options.package},
-                         &progress);
+    InputSequence inputs(options.inputs, options.hostFile, {.package = options.package}, &progress);
     OutputFile page(options.out, options.inputs, options.hostFile);
     std::ostringstream text;
     playEvaluation(

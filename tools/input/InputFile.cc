@@ -94,10 +94,11 @@ FoundInputs findInSource(ByteSource& source, const InputOptions& options, const 
     }
     switch (kind) {
         case InputKind::archive:
-            throw NoInput(ahead.name(), layers.isDecompressed
-                                            ? "an archive that is compressed as a whole is not read; "
-                                              "decompress it first"
-                                            : "an archive inside another is not read; unpack it");
+            throw NoInput(ahead.name(),
+                          layers.isDecompressed
+                              ? "an archive that is compressed as a whole is not read; "
+                                "decompress it first"
+                              : "an archive inside another is not read; unpack it");
         case InputKind::compressed:
             return decompress(ahead, options, layers);
         case InputKind::utf16Text:

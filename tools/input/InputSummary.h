@@ -71,7 +71,7 @@ struct InputSummary {
     SourceKind kind = SourceKind::none;
     std::string format = {};    // "threadtime"; empty: there is only one
     std::string encoding = {};  // "UTF-16"; empty: UTF-8
-    std::size_t units = 0;    // lines, messages, records, packets, iterations: by the kind
+    std::size_t units = 0;      // lines, messages, records, packets, iterations: by the kind
     InputClock clock = {};
     // Of all that has a time, in ms of the input's own clock; none: nothing has.
     std::optional<int64_t> firstT = std::nullopt;

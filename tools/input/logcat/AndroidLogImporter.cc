@@ -89,8 +89,8 @@ void AndroidLogImporter::become(const ActivityStart& start, TraceObjects& out) {
 bool AndroidLogImporter::isPartOfLaunch(const ActivityStart& start) const {
     const bool isNewTask = (start.flags & KS_FLAG_NEW_TASK) != 0;
     if (mOpen && mOpen->package == start.package) {
-        const bool isLaterTap = start.isLauncher && isNewTask && mIsTimed &&
-                                mNow - mOpen->beganT >= KS_RELAUNCH_MS;
+        const bool isLaterTap =
+            start.isLauncher && isNewTask && mIsTimed && mNow - mOpen->beganT >= KS_RELAUNCH_MS;
         return !isLaterTap;
     }
     return mFront == start.package && !isNewTask;
@@ -132,8 +132,8 @@ void AndroidLogImporter::become(const FirstFrame& frame, TraceObjects& out) {
 
 void AndroidLogImporter::launchWith(const FirstFrame& frame, TraceObjects& out) {
     const int64_t durationMs = frame.totalMs.value_or(frame.ownMs);
-    launch(frame.package,
-           mIsTimed ? std::max<int64_t>(mNow - durationMs, 0) : untimedLaunchT(), out);
+    launch(frame.package, mIsTimed ? std::max<int64_t>(mNow - durationMs, 0) : untimedLaunchT(),
+           out);
     ++mLaunchesFromFrames;
     mFront = frame.package;
     int64_t t = mNow;
@@ -167,8 +167,7 @@ void AndroidLogImporter::become(const ForceStop& stop, TraceObjects& out) {
     const bool isUpdate = mUpdating.contains(package);
     ++(isUpdate ? mUpdates : mRemovals);
     if (mSettings.removals != RemovalPolicy::ignore) {
-        const bool keepsData =
-            mSettings.removals == RemovalPolicy::keep || isUpdate;
+        const bool keepsData = mSettings.removals == RemovalPolicy::keep || isUpdate;
         append(mNow,
                {.hintId = KS_HINT_APP_REMOVED,
                 .hintType = keepsData ? KS_HINT_TYPE_KEEPS_DATA : 0,
@@ -193,8 +192,7 @@ std::optional<int64_t> AndroidLogImporter::fittingDurationMs(const FirstFrame& f
     }
     const int64_t sinceMs = mNow - mOpen->beganT;
     const bool ownIsNearer =
-        mIsTimed && ownFits &&
-        std::abs(frame.ownMs - sinceMs) < std::abs(*frame.totalMs - sinceMs);
+        mIsTimed && ownFits && std::abs(frame.ownMs - sinceMs) < std::abs(*frame.totalMs - sinceMs);
     return ownIsNearer ? frame.ownMs : *frame.totalMs;
 }
 

@@ -34,16 +34,16 @@ class AndroidLogImporter {
     // played tells.
     void setOrigin(const LogTime& first) { mOriginUs = first.yearStartUs; }
 
-    // For a file that has no starts: each first frame of a package that is not in front is told as a
-    // launch too.
+    // For a file that has no starts: each first frame of a package that is not in front is told as
+    // a launch too.
     void takeLaunchesFromFrames() { mFramesAreLaunches = true; }
 
     // Appends to `out` what a line becomes. One older than its predecessor takes its predecessor's
     // time.
     void play(const LogEntry& entry, std::size_t lineNumber, TraceObjects& out);
 
-    // For a file: takes the launches out of `out`, which holds all that the lines so far became, but
-    // for the one that is open: what follows can have its first frame.
+    // For a file: takes the launches out of `out`, which holds all that the lines so far became,
+    // but for the one that is open: what follows can have its first frame.
     void leaveOutLaunches(TraceObjects& out);
 
     // A time of the log as t.
@@ -93,8 +93,9 @@ class AndroidLogImporter {
     std::string mFront;               // the package in front; empty: not known
     std::optional<OpenLaunch> mOpen;  // the launch whose first frame has not been seen
     std::string mHome;                // the package of the latest start with category HOME
-    std::unordered_set<std::string> mUpdating;  // stopped for an update, and not for a removal since
-    std::unordered_set<std::string> mStarted;   // packages that were started before
+    std::unordered_set<std::string>
+        mUpdating;                             // stopped for an update, and not for a removal since
+    std::unordered_set<std::string> mStarted;  // packages that were started before
 };
 
 }  // namespace kestrel
