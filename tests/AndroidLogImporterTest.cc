@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "tests/support/EventNames.h"
 #include "tools/base/Lines.h"
+#include "tools/base/MemorySource.h"
 
 namespace kestrel {
 
@@ -510,6 +513,58 @@ TEST(AndroidLogImporter, TellsLaunchesFromFramesWhereThereAreNoStarts) {
         imported(joined({brief("Displayed com.a/.Main: +1s (total +2s)"),
                          brief("Displayed com.b/.Main: +1s")})),
         (Lines{"1000 launch com.a", "3000 frame com.a", "4000 launch com.b", "5000 frame com.b"}));
+}
+
+// Lines that say nothing are passed over by a few of their bytes.
+TEST(AndroidLogImporter, PassesOverQuietLinesWithoutMissingAnything) {
+    std::minstd_rand random(7);
+    const auto pick = [&](const Lines& lines) { return lines[random() % lines.size()]; };
+    const Lines rests{"  1000  2000 I Other: x",
+                      "   100   200 D Audio: --------- beginning of main",
+                      "   100   200 W cha: x",
+                      "  1000  2000 I chatty: uid=1 a expire 3 lines",
+                      "  1000  2000 I Ac: x",
+                      "12345 67890 E \x1b[0mActivityManager: " + start("com.e"),
+                      "  1000   100  2000 I Other: y",
+                      "  1000  2000 I Other",
+                      "  1000  2000 X Other: z",
+                      " I/Other(  7): time",
+                      " garbage",
+                      "  1000  2000 I ActivityManager: " + start("com.a"),
+                      "  1000  2000 I wm_set_resumed_activity: [0,com.h/.Home]",
+                      "  1000  2000 I ActivityManager: Displayed com.a/.Main: +200ms",
+                      "  1000  2000 I ActivityTaskManager: " + start("com.b", "0x0")};
+    for (int i = 0; i < 400; ++i) {
+        std::string text = i % 3 == 0 ? "--------- beginning of main\n" : "";
+        std::string time = "03-14 09:59:58.000";
+        for (int line = 0; line < 60; ++line) {
+            switch (random() % 12) {
+                case 0:
+                    text.append(pick({"--------- beginning of main", "", "no log line"})) += '\n';
+                    break;
+                case 1:
+                    time = pick({"03-14 10:00:00.", "03-14 09:59:58.", "12-31 23:00:00.",
+                                 "01-01 00:00:01."}) +
+                           "100";
+                    break;
+                default:
+                    time.replace(16, 2, pick({"00", "07", "42", "99"}));
+                    text.append(time).append(random() % 2 == 0 ? rests[random() % 3] : pick(rests));
+                    text += random() % 9 == 0 ? "\r\n" : "\n";
+                    break;
+            }
+        }
+        SCOPED_TRACE(text);
+        AndroidLog quick;
+        MemorySource source("log", text);
+        quick.addLines(source);
+        InputSummary got;
+        InputSummary want;
+        EXPECT_EQ(namesOf(quick.import({}, got)), namesOf(logOf(text).import({}, want)));
+        EXPECT_EQ(std::tie(got.units, got.firstT, got.lastT),
+                  std::tie(want.units, want.firstT, want.lastT));
+        EXPECT_EQ(got.notes.size(), want.notes.size());
+    }
 }
 
 TEST(AndroidLogImporter, SurvivesLongLines) {

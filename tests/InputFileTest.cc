@@ -288,6 +288,16 @@ TEST(InputFileTest, OtherArchivesAndFoldersGiveAllThatTheyHold) {
               "/tmp/");
 }
 
+TEST(InputFileTest, WhatALogWindowCopiesIsALog) {
+    const Lines first{"10482005120 launch org.example.radio", "10482005702 frame org.example.radio",
+                      "10482031007 switch org.example.launcher"};
+    EXPECT_EQ(eventsIn(example("log-window-old.txt")), joined({{"in"}, first}));
+    EXPECT_EQ(
+        eventsIn(example("log-window.txt")),
+        joined({first,
+                {"10482062450 launch org.example.notes", "10482062955 frame org.example.notes"}}));
+}
+
 TEST(InputFileTest, WhatIsNoInputIsToldInASentence) {
     const std::string none =
         "what is read are Android logs, bug reports, event traces, log exports, start-info, "

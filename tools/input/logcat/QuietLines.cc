@@ -62,7 +62,8 @@ int QuietLines::msOfQuiet(std::string_view line) const {
     const char* const tag = priority + 2;
     const bool isQuiet = priority[-1] == ' ' && priority[1] == ' ' && isDigit(priority[-2]) &&
                          isPriority({priority, 1}) && !canBeSource(tag[0], tag[1], tag[2]) &&
-                         tag[0] != KS_ESCAPE && tag[1] != KS_ESCAPE && tag[2] != KS_ESCAPE;
+                         tag[0] != KS_ESCAPE && tag[1] != KS_ESCAPE && tag[2] != KS_ESCAPE &&
+                         line.find(": ", mPriorityAt + 2) != std::string_view::npos;
     return isQuiet ? msOfHour(line) : -1;
 }
 
