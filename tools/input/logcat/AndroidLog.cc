@@ -31,11 +31,11 @@ bool isFrame(const LogEntry& entry) {
 void AndroidLog::addLine(std::string_view line, std::size_t number, Copy copy) {
     const LogEntry entry = mReader.read(line);
     const bool saysSomething = !std::holds_alternative<std::monostate>(entry.launch);
-    if (saysSomething && copy == Copy::first) {
-        mCopied.emplace(line);
+    if (copy == Copy::first) {
+        mCopied.add(line, saysSomething);
     }
-    if (saysSomething && copy == Copy::second && mCopied.contains(std::string(line))) {
-        ++mRepeated;
+    if (copy == Copy::second && mCopied.contains(line, saysSomething)) {
+        mRepeated += saysSomething ? 1 : 0;
         return;
     }
     add(entry, number);

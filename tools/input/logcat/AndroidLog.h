@@ -15,6 +15,7 @@
 #include "tools/input/TraceObject.h"
 #include "tools/input/logcat/AndroidLogImporter.h"
 #include "tools/input/logcat/AndroidLogReader.h"
+#include "tools/input/logcat/CopiedLines.h"
 #include "tools/input/logcat/LogStatistics.h"
 #include "tools/input/logcat/QuietLines.h"
 
@@ -90,9 +91,9 @@ class AndroidLog {
     QuietLines mQuiet;
     LogStatistics mStatistics;
     std::vector<Line> mLines;
-    bool mLinesAreRaw = false;                // all so far are in format raw
-    std::unordered_set<std::string> mNames;   // of packages
-    std::unordered_set<std::string> mCopied;  // lines that may come again
+    bool mLinesAreRaw = false;               // all so far are in format raw
+    std::unordered_set<std::string> mNames;  // of packages
+    CopiedLines mCopied;                     // that may come again
     std::size_t mRepeated = 0;
     std::optional<Place> mFirst;     // of the log lines
     std::optional<Place> mMainHead;  // of the log lines behind a head of the buffer main
