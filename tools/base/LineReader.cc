@@ -5,7 +5,10 @@
 namespace kestrel {
 
 std::optional<std::string_view> LineReader::next() {
-    if (mBlock.empty() && (mBlock = mSource.read()).empty()) {
+    if (mBlock.empty()) {
+        mBlock = mSource.read();
+    }
+    if (mBlock.empty()) {
         return std::nullopt;
     }
     ++mNumber;

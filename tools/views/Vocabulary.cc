@@ -177,7 +177,7 @@ std::string inputWords(const std::string& name) {
 }
 
 std::string counted(std::size_t count, const std::string& what) {
-    const std::string text = std::to_string(count) + " " + what;
+    std::string text = std::to_string(count) + " " + what;
     if (count == 1) {
         return text;
     }

@@ -41,7 +41,11 @@ int msOfHour(std::string_view line) {
 
 void QuietLines::follow(std::string_view line) {
     forget();
-    if (line.size() <= KS_TIME_SIZE || line[2] != '-' || (mMs = msOfHour(line)) < 0) {
+    if (line.size() <= KS_TIME_SIZE || line[2] != '-') {
+        return;
+    }
+    mMs = msOfHour(line);
+    if (mMs < 0) {
         return;
     }
     std::memcpy(mHour, line.data(), sizeof mHour);
