@@ -188,7 +188,7 @@ TEST(ByteSourceTest, EncodingsAreKnownByMarksOrZeros) {
 TEST(ByteSourceTest, FoldersGiveTheirFilesInOrder) {
     namespace fs = std::filesystem;
     const TemporaryDirectory folder;
-    const fs::path top = folder.path();
+    const fs::path& top = folder.path();
     fs::create_directories(top / "b" / "deep");
     fs::create_directories(top / ".hidden");
     for (const char* name : {"b/deep/z", "b.txt", "B", ".hidden/x", ".dot"}) {
