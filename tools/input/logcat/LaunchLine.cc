@@ -257,7 +257,8 @@ std::optional<int64_t> msOf(std::string_view field) {
     }
     int64_t ms = *count * 1000;
     if (scanner.take(".")) {
-        for (int64_t unitMs = 100; !scanner.rest.empty() && isDigit(scanner.rest[0]); unitMs /= 10) {
+        for (int64_t unitMs = 100; !scanner.rest.empty() && isDigit(scanner.rest[0]);
+             unitMs /= 10) {
             ms += (scanner.rest[0] - '0') * unitMs;
             scanner.rest.remove_prefix(1);
         }
